@@ -1,0 +1,16 @@
+#pragma once
+// Where the program keeps its files: its own directory, the fallback
+// directory, and the separator that joins a directory and a file name.
+
+#include <QString>
+
+// "C:\" on Windows; the user's home directory elsewhere.
+QString fallbackDir();
+
+// The directory of the executable, without a trailing separator.
+QString programDir();
+// Lets a test put the program's directory elsewhere; an empty text restores it.
+void overrideProgramDir(const QString &dir);
+
+// dir + native separator + name.
+QString joinPath(const QString &dir, const QString &name);

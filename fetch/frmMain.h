@@ -1,0 +1,108 @@
+#pragma once
+// The main window: address, mask, step and direction of a series, the run's
+// buttons, counters, lamps and status line, and the picture area.
+
+#include "app/main_window_link.h"
+
+#include <QGroupBox>
+#include <QWidget>
+
+class Inet;
+class Lamp;
+class QButtonGroup;
+class QCheckBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QRadioButton;
+class QTimer;
+
+class frmMain : public QWidget, public MainWindowLink {
+    Q_OBJECT
+public:
+    explicit frmMain(QWidget *parent = nullptr);
+    ~frmMain() override;
+
+    // The window that start-up opened; null before and after.
+    static frmMain *instance();
+
+    void Form_Load();
+
+    // Run controller, used by the sequencer, the projector and the dialogs.
+    void SetToolTips();
+    void IndicatorsGo();
+    void IndicatorsStop();
+    void BlinkYellow();
+    void CancelInet();
+    void StopTransfer();
+
+    // MainWindowLink: the settings load and save reach these.
+    void setMagFeedChecked(bool checked) override;
+    bool magFeedChecked() const override;
+    void setCallInterval(int milliseconds) override;
+    int callInterval() const override;
+
+    QString GroupText;
+
+    // Controls, named as the user knows them.
+    QLineEdit *txtAddress;
+    QLineEdit *txtMask;
+    QLabel *lblMask;
+    QLineEdit *txtIncrement;
+    QLabel *lblIncrement;
+    QLineEdit *txtTotalDown;
+    QLabel *lblDownLoad;
+    QLineEdit *txtTotal;
+    QLabel *lblSaved;
+    QLineEdit *txtStatus;
+    QPushButton *cmdAddress;
+    QPushButton *cmdStart;
+    QPushButton *cmdNext;
+    QPushButton *cmdSave;
+    QPushButton *cmdSkip;
+    QPushButton *cmdQuit;
+    QPushButton *cmdConfig;
+    QPushButton *cmdLoadMag;
+    QCheckBox *chkAuto;
+    QGroupBox *framOptions;
+    QCheckBox *chkMagEnable;
+    QGroupBox *framDirection;
+    QRadioButton *optFoward;
+    QRadioButton *optBack;
+    QRadioButton *optSame;
+    QGroupBox *framLarge;
+    QWidget *pictBase;
+    QLabel *pictMain;
+    Lamp *shpYellow;
+    Lamp *shpRed;
+    Lamp *shpGreen;
+    Inet *Inet1;
+
+    QTimer *timCallGetNext;
+    QTimer *timToSkip;
+    QTimer *timBetweenSkips;
+    QTimer *timInetCancel;
+    QTimer *timTimeOut1;
+    QTimer *timTimeOut2;
+    QTimer *timOkToShift;
+
+    // Set when the user asked to close the window; the close follows once the
+    // transfer is cancelled.
+    bool ClosePending = false;
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void createControls();
+    void layOutControls();
+    void createTimers();
+    void connectHandlers();
+    void CheckDirectories();
+    void cmdQuit_Click();
+    void timInetCancel_Timer();
+    bool Form_Unload();
+    void unloadOtherWindows();
+
+    QButtonGroup *m_directions;
+};

@@ -1,0 +1,8 @@
+#include "fetch/run_state.h"
+
+namespace {
+RunState *record = new RunState;
+}
+
+RunState &runState() { return *record; }
+void resetRunState() { *record = RunState(); }

@@ -1,0 +1,28 @@
+#include "app/main_window_link.h"
+#include "app/modMain.h"
+#include "fetch/frmMain.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <cstdio>
+
+int main(int argc, char **argv)
+{
+    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
+        && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        std::fprintf(stderr, "tolmara: no display (set DISPLAY, or run it under Xvfb as README.md shows)\n");
+        return 1;
+    }
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Tolmara2"));
+    setMainWindowOpener([] {
+        auto *window = new frmMain;
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        window->Form_Load();
+        window->show();
+        window->txtAddress->setFocus();
+    });
+    if (!Main())
+        return 1;
+    return app.exec();
+}

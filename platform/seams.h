@@ -1,0 +1,105 @@
+#pragma once
+// The thin seams over what the desktop provides. The program installs the Qt
+// implementations at start-up; tests install fakes (tests/support) instead.
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QList>
+#include <QSize>
+#include <QString>
+
+namespace platform {
+
+// Message boxes -------------------------------------------------------------
+
+enum class Icon { None, Critical, Question, Exclamation, Information };
+enum class Buttons { Ok, OkCancel, AbortRetryIgnore, YesNoCancel, YesNo, RetryCancel };
+// The button a box was closed with.
+enum class Answer { Ok = 1, Cancel = 2, Abort = 3, Retry = 4, Ignore = 5, Yes = 6, No = 7 };
+
+struct MessageBoxRequest {
+    QString text;
+    QString title;
+    Icon icon = Icon::None;
+    Buttons buttons = Buttons::Ok;
+    bool foreground = false; // brought to the foreground over other programs
+};
+
+class MessageBoxes {
+public:
+    virtual ~MessageBoxes() = default;
+    virtual Answer show(const MessageBoxRequest &request) = 0;
+};
+
+// Per-user settings store: text values by application, section and key.
+class SettingsStore {
+public:
+    virtual ~SettingsStore() = default;
+    virtual QString read(const QString &application, const QString &section, const QString &key,
+                         const QString &defaultValue) = 0;
+    virtual void write(const QString &application, const QString &section, const QString &key,
+                       const QString &value) = 0;
+};
+
+class Clipboard {
+public:
+    virtual ~Clipboard() = default;
+    virtual QString text() const = 0;
+    virtual void setText(const QString &text) = 0;
+};
+
+class Beeper {
+public:
+    virtual ~Beeper() = default;
+    virtual void beep() = 0;
+};
+
+class Screen {
+public:
+    virtual ~Screen() = default;
+    virtual QSize sizeInPixels() const = 0;
+};
+
+// One active dial-up connection as the dial-up service lists it.
+struct DialUpConnection {
+    quintptr handle = 0;
+    QByteArray entryName; // the fixed-size entry name field, 257 bytes, zero-padded
+};
+
+class DialUp {
+public:
+    virtual ~DialUp() = default;
+    // Lists the active connections; returns the service's result code (0 = success).
+    virtual qint32 enumConnections(QList<DialUpConnection> &connections) = 0;
+    virtual qint32 hangUp(quintptr handle) = 0;
+};
+
+class Clock {
+public:
+    virtual ~Clock() = default;
+    virtual QDateTime now() const = 0;
+};
+
+// The installed seams. Each accessor returns the installed object; installing
+// nullptr puts the Qt implementation back.
+MessageBoxes &messageBoxes();
+SettingsStore &settingsStore();
+Clipboard &clipboard();
+Beeper &beeper();
+Screen &screen();
+DialUp &dialUp();
+Clock &clock();
+
+void install(MessageBoxes *seam);
+void install(SettingsStore *seam);
+void install(Clipboard *seam);
+void install(Beeper *seam);
+void install(Screen *seam);
+void install(DialUp *seam);
+void install(Clock *seam);
+
+// Shorthand for the common case of a box without the foreground flag.
+Answer msgBox(const QString &text, const QString &title, Icon icon = Icon::None,
+              Buttons buttons = Buttons::Ok);
+
+} // namespace platform

@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Installs, with apt-get, whatever of Tolmara's build and test needs is missing.
+set -euo pipefail
+needed=(cmake g++ make qt6-base-dev qt6-base-dev-tools libgl-dev)
+[ "${1:-}" = "--with-xvfb" ] && needed+=(xvfb xauth)
+missing=()
+for package in "${needed[@]}"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+    echo "Installing: ${missing[*]}"
+    sudo=""
+    [ "$(id -u)" -ne 0 ] && sudo=sudo
+    $sudo apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi

@@ -1,0 +1,116 @@
+#pragma once
+// Fakes for the desktop seams. A TestSeams object installs all of them for
+// the length of one test and puts the real ones back when it goes.
+
+#include "platform/qt_seams.h"
+#include "platform/seams.h"
+
+#include <QList>
+#include <QTemporaryDir>
+
+#include <functional>
+#include <memory>
+
+namespace fakes {
+
+// Records every box and answers from a script. A box that the test did not
+// script fails the test with its text (it is answered with the box's escape
+// answer so that the code under test goes on and never blocks).
+class MessageBoxes : public platform::MessageBoxes {
+public:
+    platform::Answer show(const platform::MessageBoxRequest &request) override;
+
+    // The next box is answered with this.
+    void expect(platform::Answer answer) { m_script.append(answer); }
+    // Every box, also unscripted ones, is answered with this from now on.
+    void answerAll(platform::Answer answer) { m_answerAll = answer; m_answerAllSet = true; }
+    // Runs when a box is shown, before it is answered (for re-entrant checks).
+    void onShow(std::function<void(const platform::MessageBoxRequest &)> hook) { m_hook = std::move(hook); }
+
+    const QList<platform::MessageBoxRequest> &shown() const { return m_shown; }
+    QStringList texts() const;
+    void clear() { m_shown.clear(); }
+    int unscripted() const { return m_unscripted; }
+
+private:
+    QList<platform::MessageBoxRequest> m_shown;
+    QList<platform::Answer> m_script;
+    platform::Answer m_answerAll = platform::Answer::Ok;
+    bool m_answerAllSet = false;
+    int m_unscripted = 0;
+    std::function<void(const platform::MessageBoxRequest &)> m_hook;
+};
+
+class Clipboard : public platform::Clipboard {
+public:
+    QString text() const override { return m_text; }
+    void setText(const QString &text) override { m_text = text; }
+
+private:
+    QString m_text;
+};
+
+class Beeper : public platform::Beeper {
+public:
+    void beep() override { ++beeps; }
+    int beeps = 0;
+};
+
+class Screen : public platform::Screen {
+public:
+    QSize sizeInPixels() const override { return size; }
+    QSize size{1024, 768};
+};
+
+class DialUp : public platform::DialUp {
+public:
+    qint32 enumConnections(QList<platform::DialUpConnection> &connections) override
+    {
+        connections = active;
+        return enumResult;
+    }
+    qint32 hangUp(quintptr handle) override
+    {
+        hungUp.append(handle);
+        return hangUpResult;
+    }
+    // A connection whose entry name field holds name, zero-padded to 257 bytes.
+    static platform::DialUpConnection connection(quintptr handle, const QByteArray &name);
+
+    QList<platform::DialUpConnection> active;
+    QList<quintptr> hungUp;
+    qint32 enumResult = 0;
+    qint32 hangUpResult = 0;
+};
+
+class Clock : public platform::Clock {
+public:
+    QDateTime now() const override { return time; }
+    QDateTime time{QDate(2026, 3, 7), QTime(9, 5, 4)};
+};
+
+// Installs every fake, a settings store in a temporary folder, fresh program
+// state, and a program directory in a temporary folder.
+class TestSeams {
+public:
+    TestSeams();
+    ~TestSeams();
+    TestSeams(const TestSeams &) = delete;
+    TestSeams &operator=(const TestSeams &) = delete;
+
+    MessageBoxes boxes;
+    Clipboard clipboard;
+    Beeper beeper;
+    Screen screen;
+    DialUp dialUp;
+    Clock clock;
+    QTemporaryDir folder;            // settings file and program directory live here
+    std::unique_ptr<platform::QtSettingsStore> store;
+
+    QString programDir() const;      // an existing folder inside `folder`
+    QString settingsFile() const;    // the INI file the store writes
+    // Reads a key of the program's section straight from the store.
+    QString stored(const QString &key) const;
+};
+
+} // namespace fakes
