@@ -336,13 +336,20 @@ void frmMain::timInetCancel_Timer()
     // The first ten characters go whatever they are ("Requesting" leaves its blank).
     txtStatus->setText(QStringLiteral("Stopped at ") + runState().SavedStatus.mid(10));
     if (ClosePending)
-        close();
+        Unload();
+}
+
+void frmMain::Unload()
+{
+    m_unloading = true;
+    close();
+    m_unloading = false;
 }
 
 void frmMain::closeEvent(QCloseEvent *event)
 {
     setWindowTitle(QStringLiteral("Shutting Down!"));
-    if (event->spontaneous()) {
+    if (!m_unloading) {
         // The close box takes the quit path, so no transfer is cut off mid-reply.
         event->ignore();
         cmdQuit->setFocus();

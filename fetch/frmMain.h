@@ -90,6 +90,10 @@ public:
     // transfer is cancelled.
     bool ClosePending = false;
 
+    // Closes the window from the program itself (after the quit path, or at the
+    // limit); any other close is the user's and takes the quit path.
+    void Unload();
+
 protected:
     void closeEvent(QCloseEvent *event) override;
 
@@ -105,4 +109,5 @@ private:
     void unloadOtherWindows();
 
     QButtonGroup *m_directions;
+    bool m_unloading = false;
 };
