@@ -182,6 +182,8 @@ void frmMain::connectHandlers()
 {
     connect(cmdQuit, &QPushButton::clicked, this, &frmMain::cmdQuit_Click);
     connect(timInetCancel, &QTimer::timeout, this, &frmMain::timInetCancel_Timer);
+    connectRunHandlers();
+    connectTransferHandlers();
 }
 
 void frmMain::Form_Load()
@@ -211,6 +213,8 @@ void frmMain::Form_Load()
     run.StatusMaxLen = profile.PathDisplayLength;
     if (settings().ToolTips.boolGet())
         SetToolTips();
+    else
+        ClearToolTips(this);
     txtAddress->setFocus();
     txtStatus->setText(QStringLiteral("Enter URL"));
     run.PendingStatus = QStringLiteral("Enter URL");

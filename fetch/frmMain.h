@@ -30,11 +30,19 @@ public:
 
     // Run controller, used by the sequencer, the projector and the dialogs.
     void SetToolTips();
+    void txtMaskForceFocus();
+    void Start();
+    void JPEGNext(bool keepFocus);
+    void JPEGSave(bool keepFocus);
+    void IncrementFoward();
+    void IncrementBack();
     void IndicatorsGo();
     void IndicatorsStop();
     void BlinkYellow();
     void CancelInet();
     void StopTransfer();
+    void GoGetIt();
+    void SetToContinue();
 
     // MainWindowLink: the settings load and save reach these.
     void setMagFeedChecked(bool checked) override;
@@ -90,12 +98,18 @@ public:
     // transfer is cancelled.
     bool ClosePending = false;
 
+    // The transfer of the call in flight.
+    bool TransferLive = false; // a completed response may still be read
+    qint32 TimeOutMs = 0;      // the whole reply time-out
+    qint32 TimeOutSpent = 0;   // the part of it covered by timer slices
+
     // Closes the window from the program itself (after the quit path, or at the
     // limit); any other close is the user's and takes the quit path.
     void Unload();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void createControls();
@@ -103,6 +117,32 @@ private:
     void createTimers();
     void connectHandlers();
     void CheckDirectories();
+    bool startChecks(const QString &url);
+    void beginRun();
+    void ResumeRun();
+    void SkipOne();
+    void LoadMaskEdit();
+    void moveOffset(bool forward);
+    void timCallGetNext_Timer();
+    void txtIncrement_LostFocus();
+    void txtAddress_GotFocus();
+    void txtMask_GotFocus();
+    void openMaskEditor();
+    void showCurrentUrl(bool copy);
+    void cmdAddress_Click();
+    void openDialog(QPushButton *button);
+    void connectRunHandlers();
+    void connectTransferHandlers();
+    void Inet1_StateChanged(int state);
+    void connectionFailed();
+    void RepeatOrCount();
+    void retryStep();
+    void RestartTimeOut();
+    void timeOutTick(QTimer *self, QTimer *other);
+    QByteArray readBody();
+    bool storePicture(QByteArray &buffer);
+    bool writeTempFile(const QByteArray &picture);
+    void endCall();
     void cmdQuit_Click();
     void timInetCancel_Timer();
     bool Form_Unload();
@@ -110,4 +150,6 @@ private:
 
     QButtonGroup *m_directions;
     bool m_unloading = false;
+    bool m_derivedMask = true; // a fresh window has no mask yet
+    bool m_advancedEdit = false;
 };

@@ -1,0 +1,390 @@
+// The main window's run controller: starting, resuming and stepping a run,
+// and the user's small gestures on the window.
+
+#include "fetch/frmMain.h"
+
+#include "app/bug_alert.h"
+#include "app/numbers.h"
+#include "app/settings.h"
+#include "engine/ModFunct.h"
+#include "fetch/modfrmMain.h"
+#include "fetch/run_state.h"
+#include "platform/seams.h"
+
+#include <QCheckBox>
+#include <QEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTimer>
+
+namespace {
+
+const QString InvalidUrlTitle = QStringLiteral("Hmmm...");
+
+// Starts a timer that is off; a timer already running keeps its rhythm.
+void enable(QTimer *timer)
+{
+    if (!timer->isActive())
+        timer->start();
+}
+
+void setAllEnabled(std::initializer_list<QWidget *> controls, bool enabled)
+{
+    for (QWidget *control : controls)
+        control->setEnabled(enabled);
+}
+
+QString groupTip(const QString &groups) { return QStringLiteral("Group [") + groups + QStringLiteral("] "); }
+
+} // namespace
+
+void frmMain::Start()
+{
+    try {
+        RunState &run = runState();
+        if (run.RunActive) {
+            StopTransfer();
+            return;
+        }
+        run.FocusControl = cmdNext;
+        const QString url = txtAddress->text().trimmed();
+        if (!sIsValidURLb(url))
+            return;
+        if (txtMask->text().isEmpty()) {
+            m_derivedMask = true;
+            optFoward->setChecked(true);
+            txtMaskForceFocus();
+            if (txtMask->text().isEmpty())
+                return;
+            // Started once more with the derived mask; the set-up below then runs a second time.
+            Start();
+        }
+        if (startChecks(url))
+            beginRun();
+    } catch (const Fault &f) {
+        BugAlert(QStringLiteral("Start"), QString(), f);
+    }
+}
+
+// Fixes the run's folder, name, extension, mask and groups; false when the
+// address or the mask does not allow a run.
+bool frmMain::startChecks(const QString &url)
+{
+    RunState &run = runState();
+    run.RunMask = txtMask->text().trimmed();
+    run.RunGroups = GroupText;
+    run.UrlFolder = sRetPaths(url);
+    if (run.UrlFolder == ErrorText)
+        return false;
+    run.UrlExtension = sParseExts(url);
+    if (run.UrlExtension.isEmpty())
+        return false;
+    run.StartBaseName = sTrimExtensions(sRetFNames(url, QStringLiteral("/")));
+    if (run.StartBaseName == ErrorText)
+        return false;
+    if (!bIsValidMask(run.StartBaseName, run.RunMask, run.RunGroups)) {
+        m_derivedMask = true;
+        txtMaskForceFocus();
+        return false;
+    }
+    return true;
+}
+
+void frmMain::beginRun()
+{
+    RunState &run = runState();
+    const std::optional<qint16> step = roundToInt16(leadingNumber(txtIncrement->text()));
+    if (!step)
+        throw Fault(fault::Overflow);
+    run.StepIncrement = *step;
+    if (settings().SaveAsSeries.boolGet()) {
+        run.SeriesId = NextSeriesNumber();
+        run.SeriesNumber = 0;
+    }
+    IndicatorsGo();
+    run.FailedCalls = 1;
+    run.StepOffset = 0;
+    framLarge->setTitle(QStringLiteral("JPEG"));
+    cmdStart->setText(QStringLiteral("S&TOP"));
+    run.StatusVerb = QStringLiteral("Requesting ");
+    if (settings().ToolTips.boolGet())
+        cmdStart->setToolTip(QStringLiteral("Kill This Request"));
+    setAllEnabled({cmdNext, cmdSave, cmdSkip, txtIncrement}, false);
+    run.Repeating = false;
+    run.RequestCurrent = true;
+    run.RunActive = true;
+    enable(timCallGetNext);
+}
+
+void frmMain::txtMaskForceFocus()
+{
+    txtAddress->setText(txtAddress->text().trimmed());
+    const QString address = txtAddress->text();
+    if (!sIsValidURLb(address)) {
+        txtAddress->setFocus();
+        return;
+    }
+    const QString mask = sDeriveMasks(address, false);
+    if (mask == ErrorText) {
+        BugAlert(QStringLiteral("frmMain.txtMaskForceFocus"), QString(), fault::InvalidCall);
+        return;
+    }
+    txtMask->setText(mask);
+    GroupText = sMaskToGroups(mask);
+    txtMask->setToolTip(groupTip(GroupText));
+    if (GroupText == ErrorText) {
+        BugAlert(QStringLiteral("frmMain.txtMaskForceFocus"), QString(), fault::InvalidCall);
+        return;
+    }
+    m_derivedMask = false;
+    if (m_advancedEdit) {
+        LoadMaskEdit();
+        return;
+    }
+    txtStatus->setText(QStringLiteral("Edit Mask or Press Start"));
+    txtMask->setFocus();
+    txtMask->selectAll();
+}
+
+// The one place that opens the advanced mask editor. Until that window
+// exists, the mask is handed to its text box for editing.
+void frmMain::LoadMaskEdit()
+{
+    txtMask->setFocus();
+    txtMask->selectAll();
+}
+
+void frmMain::ResumeRun()
+{
+    cmdStart->setText(QStringLiteral("S&TOP"));
+    if (settings().ToolTips.boolGet())
+        cmdStart->setToolTip(QStringLiteral("Kill This Request"));
+    setAllEnabled({cmdSave, cmdNext, cmdSkip, txtIncrement}, false);
+    IndicatorsGo();
+    runState().RunActive = true;
+    enable(timCallGetNext);
+}
+
+void frmMain::JPEGNext(bool keepFocus)
+{
+    RunState &run = runState();
+    run.FocusControl = cmdNext;
+    run.NextPressed = true;
+    run.FailedCalls = 1;
+    ResumeRun();
+    if (keepFocus)
+        run.NoRefocus = true;
+}
+
+void frmMain::JPEGSave(bool keepFocus)
+{
+    RunState &run = runState();
+    run.FocusControl = cmdSave;
+    run.SavePressed = true;
+    SaveFile();
+    ResumeRun();
+    if (keepFocus)
+        run.NoRefocus = true;
+}
+
+void frmMain::IncrementFoward() { moveOffset(true); }
+void frmMain::IncrementBack() { moveOffset(false); }
+
+// Moves StepOffset by the step along (forward) or against the chosen
+// direction; the same file stays put. An offset beyond 32 bits is an overflow.
+void frmMain::moveOffset(bool forward)
+{
+    if (optSame->isChecked())
+        return;
+    RunState &run = runState();
+    const bool up = forward == optFoward->isChecked();
+    const qint64 moved = qint64(run.StepOffset) + (up ? run.StepIncrement : -qint64(run.StepIncrement));
+    if (moved < std::numeric_limits<qint32>::min() || moved > std::numeric_limits<qint32>::max())
+        throw Fault(fault::Overflow);
+    run.StepOffset = qint32(moved);
+}
+
+void frmMain::SkipOne()
+{
+    try {
+        RunState &run = runState();
+        IncrementFoward();
+        if (run.StepOffset < std::numeric_limits<qint16>::min() || run.StepOffset > std::numeric_limits<qint16>::max())
+            throw Fault(fault::Overflow);
+        const QString name = sStepGroups(run.StartBaseName, run.RunMask, run.RunGroups, qint16(run.StepOffset), true);
+        if (name == OutOfRangeText) {
+            txtStatus->setText(name);
+            return;
+        }
+        txtStatus->setText(isCompressStrings(run.StatusMaxLen, QStringLiteral("Skipping ") + run.UrlFolder + name
+                                                                   + run.UrlExtension));
+    } catch (const Fault &f) {
+        timToSkip->stop();
+        timBetweenSkips->stop();
+        BugAlert(QStringLiteral("SkipOne"), QString(), f);
+    }
+}
+
+void frmMain::timCallGetNext_Timer()
+{
+    timCallGetNext->stop();
+    if (runState().RunActive)
+        GetNext();
+}
+
+// Small handlers -----------------------------------------------------------
+
+void frmMain::txtIncrement_LostFocus()
+{
+    const std::optional<qint16> value = roundToInt16(leadingNumber(txtIncrement->text()));
+    if (!value) {
+        BugAlert(QStringLiteral("txtIncrement_Change"), QString(), fault::Overflow);
+        return;
+    }
+    if (*value > 0) {
+        runState().StepIncrement = *value;
+        return;
+    }
+    platform::msgBox(QStringLiteral("Increment wants to be a counting number greater than zero."),
+                     QStringLiteral("Sorry! - Invalid Increment"), platform::Icon::Exclamation);
+    txtIncrement->setText(QStringLiteral("1"));
+    txtIncrement->setFocus();
+}
+
+void frmMain::txtAddress_GotFocus()
+{
+    txtStatus->setText(QStringLiteral("Enter URL"));
+    txtAddress->selectAll();
+}
+
+void frmMain::txtMask_GotFocus()
+{
+    if (!txtAddress->text().isEmpty() && m_derivedMask)
+        txtMaskForceFocus();
+}
+
+// A click on "Mask" or a double-click on the mask: the advanced editor when
+// the mask fits the address, else a freshly derived mask.
+void frmMain::openMaskEditor()
+{
+    const QString address = txtAddress->text();
+    if (address.isEmpty()) {
+        txtMask->clear();
+    } else if (address != QStringLiteral("Enter JPEG URL Here!")) {
+        const QString base = sTrimExtensions(sRetFNames(address, QStringLiteral("/")));
+        if (base != ErrorText && bIsValidMask(base, txtMask->text(), GroupText)) {
+            LoadMaskEdit();
+            return;
+        }
+    }
+    txtMaskForceFocus();
+}
+
+void frmMain::showCurrentUrl(bool copy)
+{
+    txtStatus->setText(runState().CurrentURL);
+    txtStatus->selectAll();
+    if (copy)
+        platform::clipboard().setText(txtStatus->text());
+}
+
+void frmMain::cmdAddress_Click()
+{
+    const QString text = platform::clipboard().text();
+    if (!text.isEmpty())
+        setAllEnabled({txtAddress, txtMask}, true);
+    if (text.startsWith(QLatin1String("HTTP://"), Qt::CaseInsensitive) && sIsValidExtJPGb(text)) {
+        txtAddress->setText(text);
+        m_derivedMask = true; // the new address wants its own mask
+        txtMask->setFocus();
+        if (!runState().RunActive)
+            optFoward->setChecked(true);
+        if (cmdStart->isEnabled())
+            cmdStart->setFocus();
+        return;
+    }
+    txtAddress->setText(text);
+    platform::msgBox(QStringLiteral(" The contents of the clipboard do not appear to be a valid URL.\r\n\r\n"
+                                    "First...copy the URL of one image of a JPEG series to the Window's clipboard.\r\n\r\n"
+                                    "Then when you click on the Shortcut Button, the URL will be fired here!"),
+                     InvalidUrlTitle, platform::Icon::Exclamation);
+}
+
+// The configuration dialog and the magazine disable their button while they
+// are open and enable it again when they close. Neither window is built yet,
+// so the button comes back at once.
+void frmMain::openDialog(QPushButton *button)
+{
+    button->setEnabled(false);
+    button->setEnabled(true);
+}
+
+void frmMain::connectRunHandlers()
+{
+    connect(cmdStart, &QPushButton::clicked, this, &frmMain::Start);
+    connect(cmdNext, &QPushButton::clicked, this, [this] {
+        cmdStart->setFocus();
+        runState().NoRefocus = false;
+        JPEGNext(false);
+    });
+    connect(cmdSave, &QPushButton::clicked, this, [this] {
+        cmdStart->setFocus();
+        runState().NoRefocus = false;
+        JPEGSave(false);
+    });
+    connect(cmdSkip, &QPushButton::clicked, this, &frmMain::SkipOne);
+    connect(cmdSkip, &QPushButton::pressed, this, [this] { enable(timToSkip); });
+    connect(cmdSkip, &QPushButton::released, this, [this] {
+        timToSkip->stop();
+        timBetweenSkips->stop();
+    });
+    connect(timToSkip, &QTimer::timeout, this, [this] {
+        SkipOne();
+        enable(timBetweenSkips);
+    });
+    connect(timBetweenSkips, &QTimer::timeout, this, &frmMain::SkipOne);
+    connect(timCallGetNext, &QTimer::timeout, this, &frmMain::timCallGetNext_Timer);
+    connect(txtAddress, &QLineEdit::textChanged, this, [this] { txtStatus->setText(QStringLiteral("Enter Mask")); });
+    connect(cmdAddress, &QPushButton::clicked, this, &frmMain::cmdAddress_Click);
+    connect(cmdConfig, &QPushButton::clicked, this, [this] { openDialog(cmdConfig); });
+    connect(cmdLoadMag, &QPushButton::clicked, this, [this] { openDialog(cmdLoadMag); });
+    for (QObject *watched : {static_cast<QObject *>(txtIncrement), static_cast<QObject *>(txtAddress),
+                             static_cast<QObject *>(txtMask), static_cast<QObject *>(lblIncrement),
+                             static_cast<QObject *>(lblDownLoad), static_cast<QObject *>(lblSaved),
+                             static_cast<QObject *>(lblMask), static_cast<QObject *>(txtStatus)})
+        watched->installEventFilter(this);
+}
+
+bool frmMain::eventFilter(QObject *watched, QEvent *event)
+{
+    const QEvent::Type type = event->type();
+    RunState &run = runState();
+    if (type == QEvent::FocusOut && watched == txtIncrement)
+        txtIncrement_LostFocus();
+    else if (type == QEvent::FocusIn && watched == txtAddress)
+        txtAddress_GotFocus();
+    else if (type == QEvent::FocusIn && watched == txtMask)
+        txtMask_GotFocus();
+    else if (type == QEvent::MouseButtonDblClick && watched == lblIncrement)
+        txtIncrement->setText(QStringLiteral("1"));
+    else if (type == QEvent::MouseButtonDblClick && watched == lblDownLoad) {
+        run.MinedCount = 0;
+        txtTotalDown->setText(QStringLiteral("0"));
+    } else if (type == QEvent::MouseButtonDblClick && watched == lblSaved) {
+        run.SavedCount = 0;
+        txtTotal->setText(QStringLiteral("0"));
+    } else if ((type == QEvent::MouseButtonRelease && watched == lblMask)
+               || (type == QEvent::MouseButtonDblClick && watched == txtMask)) {
+        openMaskEditor();
+        return true;
+    } else if (type == QEvent::MouseButtonRelease && watched == txtStatus) {
+        showCurrentUrl(false);
+        return true;
+    } else if (type == QEvent::MouseButtonDblClick && watched == txtStatus) {
+        showCurrentUrl(true);
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}

@@ -1,0 +1,292 @@
+// The main window's side of one call: the transfer control's reports, the
+// reply handler, the reply time-out and the retry rule.
+
+#include "fetch/frmMain.h"
+
+#include "app/bug_alert.h"
+#include "app/paths.h"
+#include "app/settings.h"
+#include "engine/ModFunct.h"
+#include "fetch/lamp.h"
+#include "fetch/modfrmMain.h"
+#include "fetch/run_state.h"
+#include "platform/Inet1.h"
+#include "platform/seams.h"
+
+#include <QCheckBox>
+#include <QCoreApplication>
+#include <QFile>
+#include <QSaveFile>
+#include <QTimer>
+
+namespace {
+
+// A classic timer: an interval of 0 leaves it off, a negative one is refused.
+void arm(QTimer *timer, qint32 milliseconds)
+{
+    if (milliseconds < 0)
+        throw Fault(QStringLiteral("Invalid property value"));
+    timer->setInterval(milliseconds);
+    if (milliseconds > 0)
+        timer->start();
+}
+
+void enable(QTimer *timer)
+{
+    if (!timer->isActive())
+        timer->start();
+}
+
+qint32 addChecked(qint32 a, qint32 b)
+{
+    qint32 sum = 0;
+    if (__builtin_add_overflow(a, b, &sum))
+        throw Fault(fault::Overflow);
+    return sum;
+}
+
+} // namespace
+
+void frmMain::connectTransferHandlers()
+{
+    connect(Inet1, &Inet::StateChanged, this, &frmMain::Inet1_StateChanged);
+    connect(timTimeOut1, &QTimer::timeout, this, [this] { timeOutTick(timTimeOut1, timTimeOut2); });
+    connect(timTimeOut2, &QTimer::timeout, this, [this] { timeOutTick(timTimeOut2, timTimeOut1); });
+}
+
+void frmMain::Inet1_StateChanged(int state)
+{
+    try {
+        if (state >= Inet::icResolvingHost && state <= Inet::icDisconnected) {
+            RestartTimeOut();
+        } else if (state == Inet::icError) {
+            timTimeOut1->stop();
+            timTimeOut2->stop();
+            runState().PendingStatus = QStringLiteral("icError: ") + Inet1->ResponseInfo();
+            if (Inet1->StillExecuting())
+                return;
+            TransferLive = false;
+            connectionFailed();
+            RepeatOrCount();
+            enable(timCallGetNext);
+        } else if (state == Inet::icResponseCompleted) {
+            timTimeOut1->stop();
+            timTimeOut2->stop();
+            TransferLive = true;
+            GoGetIt();
+        }
+    } catch (const Fault &f) {
+        BugAlert(QStringLiteral("Inet1_StateChange"), QString(), f);
+    }
+}
+
+// A failure to connect or to find the host stops the run when so configured.
+// The error text is looked for inside the two phrases run together, so an
+// empty text counts as found.
+void frmMain::connectionFailed()
+{
+    static const QString phrases = QStringLiteral("CANNOT CONNECTNAME NOT RESOLVED");
+    const Settings &s = settings();
+    if (!s.CannotConnect.boolGet() || !phrases.contains(Inet1->ResponseInfo().toUpper()))
+        return;
+    RunState &run = runState();
+    run.StopRequested = true;
+    run.PendingStatus += QStringLiteral(" - Check Internet Connection!");
+    if (s.BeepOK.boolGet())
+        platform::beeper().beep();
+}
+
+void frmMain::GoGetIt()
+{
+    RunState &run = runState();
+    try {
+        run.ContentType = Inet1->GetHeader(QStringLiteral("Content-type"));
+        if (run.ContentType != QStringLiteral("image/jpeg")) {
+            Inet1->StillExecuting();
+            Inet1->Cancel();
+            run.SaveAvailable = false;
+            run.FailedCalls = addChecked(run.FailedCalls, 1);
+            run.PendingStatus =
+                QStringLiteral("Failed Request for ") + run.CurrentFileName + QStringLiteral(" - File Not Found!");
+        } else {
+            run.ReplyArrived = true;
+            BlinkYellow();
+            run.StopRequested = !settings().SaveFullAuto.boolGet();
+            QByteArray buffer = readBody();
+            if (!run.RunActive || !TransferLive) {
+                endCall();
+                return;
+            }
+            if (!storePicture(buffer))
+                return;
+        }
+        QCoreApplication::processEvents();
+        endCall();
+    } catch (const Fault &) {
+        CancelInet();
+        SetToContinue();
+    }
+}
+
+// Reads the body chunk by chunk while the run and the transfer last. The
+// buffer starts with one placeholder byte that the first chunk replaces.
+QByteArray frmMain::readBody()
+{
+    const int chunkSize = settings().BiteSize.IntGet();
+    QByteArray buffer(1, '\0');
+    QByteArray chunk = Inet1->GetChunk(chunkSize, 1);
+    QCoreApplication::processEvents();
+    int count = 0;
+    while (!chunk.isEmpty() && runState().RunActive && TransferLive) {
+        if (buffer.size() == 1)
+            buffer = chunk;
+        else
+            buffer.append(chunk);
+        chunk = Inet1->GetChunk(chunkSize, 1);
+        QCoreApplication::processEvents();
+        count += chunkSize;
+        if (count == 4 * chunkSize) {
+            BlinkYellow();
+            count = 0;
+        }
+    }
+    return buffer;
+}
+
+// Cuts the picture after its end marker and keeps it in the temporary file,
+// shows it and saves it when due. False when the user gave up writing it.
+bool frmMain::storePicture(QByteArray &buffer)
+{
+    RunState &run = runState();
+    bool good = true;
+    const qint32 tail = baTailLen(buffer);
+    if (tail == -1) {
+        good = false;
+        if (chkAuto->isChecked()) {
+            run.StopRequested = false;
+            RepeatOrCount();
+            run.RetryPending = true;
+        }
+    } else {
+        buffer.truncate(buffer.size() - tail);
+        run.TempFilePath = joinPath(settings().TempDir.VarGet().toString(), run.TempFileName);
+        QFile::remove(run.TempFilePath);
+        if (!writeTempFile(buffer))
+            return false;
+        run.SaveAvailable = true;
+        run.StatusVerb = QStringLiteral("Requesting ");
+        run.Repeating = false;
+        run.RetryPending = false;
+    }
+    buffer = QByteArray();
+    // Set to one after every reply read to its end, a cut-off one too, so that
+    // cut-off pictures alone never reach the limit.
+    run.FailedCalls = 1;
+    ShowPic(good);
+    SaveFile();
+    run.PendingStatus = QStringLiteral("Enter URL");
+    run.StopRequested = !settings().SaveFullAuto.boolGet() && !run.RetryPending;
+    return true;
+}
+
+// Writes the picture whole or not at all (a crash mid-write leaves the old
+// file). On failure the user may retry or give up, which stops the run.
+bool frmMain::writeTempFile(const QByteArray &picture)
+{
+    for (;;) {
+        QSaveFile file(runState().TempFilePath);
+        if (file.open(QIODevice::WriteOnly) && file.write(picture) == picture.size() && file.commit())
+            return true;
+        const platform::Answer answer =
+            platform::msgBox(QStringLiteral("File Write Error: ") + file.errorString(), QStringLiteral("File Error"),
+                             platform::Icon::Critical, platform::Buttons::RetryCancel);
+        if (answer != platform::Answer::Retry) {
+            StopTransfer();
+            return false;
+        }
+    }
+}
+
+// Every call ends here: the yellow lamp out and the next call armed.
+void frmMain::endCall()
+{
+    shpYellow->setFillColor(Lamp::outColor());
+    enable(timCallGetNext);
+}
+
+void frmMain::RepeatOrCount()
+{
+    RunState &run = runState();
+    if (!chkAuto->isChecked() || run.StopRequested)
+        return;
+    CancelInet();
+    run.SaveAvailable = false;
+    retryStep();
+}
+
+// The first failure of an address asks for it once more; the second counts.
+void frmMain::retryStep()
+{
+    RunState &run = runState();
+    if (!run.Repeating) {
+        run.Repeating = true;
+        IncrementBack();
+        run.StatusVerb = QStringLiteral("Repeating ");
+    } else {
+        run.FailedCalls = addChecked(run.FailedCalls, 1);
+        run.Repeating = false;
+    }
+}
+
+void frmMain::RestartTimeOut()
+{
+    timTimeOut1->stop();
+    timTimeOut2->stop();
+    qint32 ms = 0;
+    if (__builtin_mul_overflow(settings().TimeOut.LongGet(), 1000, &ms))
+        throw Fault(fault::Overflow);
+    TimeOutMs = ms;
+    TimeOutSpent = qMin(TimeOutMs, 60000);
+    arm(timTimeOut1, TimeOutSpent);
+}
+
+// One slice of the reply time-out has run out: end the call, or go on with
+// the next slice of at most 60000 ms on the other timer.
+void frmMain::timeOutTick(QTimer *self, QTimer *other)
+{
+    self->stop();
+    if (runState().ReplyArrived)
+        return;
+    const qint32 left = TimeOutMs - TimeOutSpent;
+    if (left < 1) {
+        Inet1->StillExecuting();
+        Inet1->Cancel();
+        SetToContinue();
+    } else if (left <= 60000) {
+        TimeOutSpent = TimeOutMs;
+        arm(other, left);
+    } else {
+        TimeOutSpent += 60000;
+        arm(other, 60000);
+    }
+}
+
+void frmMain::SetToContinue()
+{
+    RunState &run = runState();
+    run.SaveAvailable = false;
+    try {
+        if (!chkAuto->isChecked()) {
+            run.PendingStatus = QStringLiteral("Failed Request for ") + run.CurrentFileName
+                + QStringLiteral(" - icError: Request Timeout");
+            shpYellow->setFillColor(Lamp::outColor());
+            run.Repeating = false;
+        } else {
+            run.StopRequested = false;
+            retryStep();
+        }
+    } catch (const Fault &f) {
+        BugAlert(QStringLiteral("SetToContinue"), QString(), f);
+    }
+    enable(timCallGetNext);
+}
