@@ -4,74 +4,131 @@
 #include <QNetworkProxy>
 #include <QNetworkReply>
 #include <QNetworkRequest>
-#include <QTimer>
 #include <QUrl>
+
+#include <climits>
+
+namespace {
+
+// The texts the run logic looks for when a connection could not be made.
+const QString nameNotResolved = QStringLiteral("Name not resolved");
+const QString cannotConnect = QStringLiteral("Cannot connect");
+// The network layer calls its own time-out "Operation canceled"; say what happened.
+const QString timedOut = QStringLiteral("Request timed out");
+
+bool isTimeOutOrAbort(QNetworkReply::NetworkError error)
+{
+    return error == QNetworkReply::TimeoutError || error == QNetworkReply::OperationCanceledError;
+}
+
+// Failures of the network layer itself (not of a proxy, the content or the protocol),
+// apart from a connection that the other side closed.
+bool isNetworkFailure(QNetworkReply::NetworkError error)
+{
+    return error > QNetworkReply::NoError && error <= QNetworkReply::UnknownNetworkError
+        && error != QNetworkReply::RemoteHostClosedError;
+}
+
+} // namespace
 
 Inet::Inet(QObject *parent) : QObject(parent), m_manager(new QNetworkAccessManager(this))
 {
     m_manager->setAutoDeleteReplies(false);
 }
 
-Inet::~Inet() { dropReply(); }
+Inet::~Inet()
+{
+    ++m_generation;
+    dropReply();
+}
 
 void Inet::Execute(const QString &url, const QString &operation)
 {
     Cancel();
     m_responseInfo.clear();
-    QUrl address(url, QUrl::TolerantMode);
+    m_executing = true;
+
+    QUrl address(url.trimmed(), QUrl::TolerantMode);
     if (address.port() == -1)
         address.setPort(RemotePort);
-    m_manager->setProxy(AccessType == 1 ? QNetworkProxy(QNetworkProxy::NoProxy) : QNetworkProxy());
+    if (m_proxyAccess != AccessType) {
+        m_manager->setProxy(AccessType == 1 ? QNetworkProxy(QNetworkProxy::NoProxy)
+                                            : QNetworkProxy(QNetworkProxy::DefaultProxy));
+        m_proxyAccess = AccessType;
+    }
+
     QNetworkRequest request(address);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
-    request.setTransferTimeout(RequestTimeout > 0 ? RequestTimeout * 1000 : 0);
-    m_reply = m_manager->sendCustomRequest(request, operation.toLatin1());
-    m_executing = true;
-    QNetworkReply *reply = m_reply;
-    // Nothing is reported from inside Execute: the first state comes from the event loop.
-    QTimer::singleShot(0, reply, [this, reply] {
-        if (reply == m_reply)
-            report(icResolvingHost);
+    request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
+    const int seconds = qBound(0, RequestTimeout, INT_MAX / 1000);
+    request.setTransferTimeout(seconds * 1000);
+
+    const QByteArray verb = operation.trimmed().isEmpty() ? QByteArray("GET") : operation.trimmed().toUpper().toLatin1();
+    m_reply = m_manager->sendCustomRequest(request, verb);
+    watch(m_reply);
+    // The first report, like every other, comes from the event loop.
+    post(icResolvingHost);
+}
+
+void Inet::watch(QNetworkReply *reply)
+{
+    // The reply's signals only queue reports; nothing here calls out to the caller.
+    connect(reply, &QNetworkReply::socketStartedConnecting, this, [this] { post(icConnecting); });
+    connect(reply, &QNetworkReply::requestSent, this, [this] {
+        m_requestSent = true;
+        post(icRequestSent);
     });
-    connect(reply, &QNetworkReply::socketStartedConnecting, this, [this] { report(icConnecting); });
-    connect(reply, &QNetworkReply::requestSent, this, [this] { report(icRequestSent); });
-    connect(reply, &QNetworkReply::metaDataChanged, this, [this] { report(icResponseReceived); });
-    connect(reply, &QNetworkReply::downloadProgress, this, [this] { report(icReceivingResponse); });
-    connect(reply, &QNetworkReply::finished, this, &Inet::finished);
+    connect(reply, &QNetworkReply::metaDataChanged, this, [this] { post(icReceivingResponse); });
+    // One report for each block of data that arrives, so that a slow body keeps the
+    // caller's inactivity time-out alive; blocks that arrive while a report still
+    // waits share it.
+    connect(reply, &QNetworkReply::readyRead, this, [this] {
+        if (!m_dataReportQueued) {
+            m_dataReportQueued = true;
+            post(icResponseReceived);
+        }
+    });
+    connect(reply, &QNetworkReply::finished, this, [this, reply] { replyFinished(reply); });
 }
 
-void Inet::report(int state)
+void Inet::post(int state)
 {
-    if (m_executing)
-        emit StateChanged(state);
+    QMetaObject::invokeMethod(
+        this, [this, generation = m_generation, state] { deliver(generation, state); }, Qt::QueuedConnection);
 }
 
-void Inet::finished()
+void Inet::deliver(quint64 generation, int state)
 {
-    QNetworkReply *reply = m_reply;
-    if (!reply || !m_executing)
+    if (generation != m_generation)
+        return; // cancelled, or superseded by a newer request
+    if (state == icResponseReceived)
+        m_dataReportQueued = false;
+    if (state == icError || state == icResponseCompleted)
+        m_executing = false;
+    emit StateChanged(state);
+}
+
+void Inet::replyFinished(QNetworkReply *reply)
+{
+    if (reply != m_reply)
         return;
-    m_executing = false;
-    // Any HTTP reply, whatever its status, is a completed response; only
-    // transport failures are errors.
+    const QNetworkReply::NetworkError error = reply->error();
+    // A reply that got as far as its status line is a response, whatever the status,
+    // and even when the connection broke off in the body; a time-out is not.
     const bool answered = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
-    if (answered) {
-        emit StateChanged(icResponseCompleted);
+    if (error == QNetworkReply::NoError || (answered && !isTimeOutOrAbort(error))) {
+        post(icResponseCompleted);
         return;
     }
-    switch (reply->error()) {
-    case QNetworkReply::HostNotFoundError:
-        m_responseInfo = QStringLiteral("Name not resolved");
-        break;
-    case QNetworkReply::ConnectionRefusedError:
-    case QNetworkReply::UnknownNetworkError:
-        m_responseInfo = QStringLiteral("Cannot connect");
-        break;
-    default:
+    if (error == QNetworkReply::HostNotFoundError)
+        m_responseInfo = nameNotResolved;
+    else if (error == QNetworkReply::ConnectionRefusedError || (!m_requestSent && isNetworkFailure(error)))
+        m_responseInfo = cannotConnect; // the request never went out: no connection was made
+    else if (isTimeOutOrAbort(error))
+        m_responseInfo = timedOut; // Cancel never gets here, so an abort is the transfer time-out
+    else
         m_responseInfo = reply->errorString();
-        break;
-    }
-    emit StateChanged(icError);
+    post(icError);
 }
 
 QString Inet::GetHeader(const QString &name) const
@@ -83,14 +140,17 @@ QString Inet::GetHeader(const QString &name) const
 
 QByteArray Inet::GetChunk(int size, int)
 {
-    if (!m_reply || size <= 0)
+    if (!m_reply || size <= 0 || !m_reply->isOpen())
         return QByteArray();
     return m_reply->read(size);
 }
 
 void Inet::Cancel()
 {
+    ++m_generation;
     m_executing = false;
+    m_requestSent = false;
+    m_dataReportQueued = false;
     dropReply();
 }
 

@@ -2,6 +2,18 @@
 // The transfer control: an HTTP client that behaves like a classic Internet
 // transfer control. Execute returns at once; progress arrives later, from the
 // event loop, as StateChanged(state) with the control's state numbers.
+//
+// - Every HTTP reply, whatever its status (404 and 500 too), ends in
+//   icResponseCompleted; its headers and body are read like any other. A reply
+//   whose connection closed in the middle of the body also completes: the body is
+//   what arrived, and the caller finds out that it is short.
+// - icError is for failures of the transport only: unknown host, refused or
+//   unreachable connection, a connection closed or reset before any reply, the
+//   transfer time-out. ResponseInfo then reads "Name not resolved", "Cannot
+//   connect", or the network layer's own description.
+// - Nothing is ever emitted from inside Execute or Cancel. After Cancel, or a new
+//   Execute, no report of the earlier request arrives, not even one already queued.
+// - StillExecuting stays true until the final report (11 or 12) is delivered.
 
 #include <QByteArray>
 #include <QObject>
@@ -33,32 +45,43 @@ public:
     explicit Inet(QObject *parent = nullptr);
     ~Inet() override;
 
-    // Starts an asynchronous request (operation "GET"); returns at once.
+    // Starts an asynchronous request (operation "GET"); returns at once. An
+    // operation still in progress is cancelled first, silently.
     void Execute(const QString &url, const QString &operation);
     // The value of a header of the last reply; empty when absent.
     QString GetHeader(const QString &name) const;
     // The next at most size bytes of the body (dataType 1: byte array); empty when exhausted.
     QByteArray GetChunk(int size, int dataType = 1);
     bool StillExecuting() const { return m_executing; }
-    // Aborts the operation in progress; harmless when none is. Emits nothing.
+    // Aborts the operation in progress and forgets its reply; harmless when none is.
+    // Emits nothing.
     void Cancel();
     QString ResponseInfo() const { return m_responseInfo; }
 
-    int RemotePort = 80;
-    int AccessType = 1;      // 1: direct connection, no proxy
+    // Read by Execute.
+    int RemotePort = 80;     // used when the address names no port
+    int AccessType = 1;      // 1: direct connection, no proxy; otherwise the application's proxy
     int Protocol = 4;        // 4: HTTP
-    int RequestTimeout = 60; // seconds; 0 means none
+    int RequestTimeout = 60; // seconds without any data before the transfer fails; 0: none
 
 signals:
     void StateChanged(int state);
 
 private:
-    void report(int state);
-    void finished();
+    void watch(QNetworkReply *reply);
+    void post(int state);
+    void deliver(quint64 generation, int state);
+    void replyFinished(QNetworkReply *reply);
     void dropReply();
 
     QNetworkAccessManager *m_manager;
     QPointer<QNetworkReply> m_reply;
+    // Every Execute and Cancel starts a new generation; queued reports of an older
+    // one are dropped on delivery.
+    quint64 m_generation = 0;
     bool m_executing = false;
+    bool m_requestSent = false;
+    bool m_dataReportQueued = false; // one "data arrived" report waits at most
+    int m_proxyAccess = -1;          // AccessType the manager's proxy was set for
     QString m_responseInfo;
 };

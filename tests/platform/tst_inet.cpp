@@ -1,0 +1,365 @@
+// The transfer control against a real HTTP server on 127.0.0.1.
+
+#include "platform/Inet1.h"
+#include "support/http_server.h"
+#include "support/test_main.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QNetworkProxy>
+#include <QSignalSpy>
+#include <QTcpServer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// What the caller of one Execute saw.
+struct Seen {
+    QList<int> states;
+    QList<bool> executing; // StillExecuting as each state arrived
+    QList<qint64> at;      // ms since Execute
+    int duringExecute = -1;
+    QByteArray body;       // read with GetChunk on state 12
+    qsizetype largestChunk = 0;
+    QString contentType;
+    QString info;
+};
+
+// A port on which nothing listens.
+quint16 deadPort()
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost, 0);
+    return probe.serverPort();
+}
+
+// Runs one request to its end (state 11 or 12) and records it.
+Seen fetch(Inet &inet, const QString &url, int chunkSize = 8192, int timeoutMs = 5000)
+{
+    Seen seen;
+    QElapsedTimer clock;
+    const auto c = QObject::connect(&inet, &Inet::StateChanged, &inet, [&](int state) {
+        seen.states << state;
+        seen.executing << inet.StillExecuting();
+        seen.at << clock.elapsed();
+        if (state == Inet::icResponseCompleted) {
+            seen.contentType = inet.GetHeader(u"Content-type"_s);
+            for (QByteArray chunk = inet.GetChunk(chunkSize, 1); !chunk.isEmpty(); chunk = inet.GetChunk(chunkSize, 1)) {
+                seen.largestChunk = qMax(seen.largestChunk, chunk.size());
+                seen.body += chunk;
+            }
+        }
+        if (state == Inet::icError)
+            seen.info = inet.ResponseInfo();
+    });
+    clock.start();
+    inet.Execute(url, u"GET"_s);
+    seen.duringExecute = int(seen.states.size());
+    (void)QTest::qWaitFor([&] { return !seen.states.isEmpty() && seen.states.last() >= Inet::icError; }, timeoutMs);
+    QObject::disconnect(c);
+    return seen;
+}
+
+// The run logic treats an error text as a failure to connect when, upper-cased, it is
+// a piece of this text.
+bool stopsRun(const QString &info) { return u"CANNOT CONNECTNAME NOT RESOLVED"_s.contains(info.toUpper()); }
+
+qint64 statusKb(const char *field)
+{
+    QFile status(u"/proc/self/status"_s);
+    status.open(QIODevice::ReadOnly);
+    for (const QByteArray &line : status.readAll().split('\n'))
+        if (line.startsWith(field))
+            return line.mid(qstrlen(field)).trimmed().split(' ').first().toLongLong();
+    return -1;
+}
+
+} // namespace
+
+class TestInet : public QObject {
+    Q_OBJECT
+    ScriptedHttpServer *server = nullptr;
+    QByteArray jpeg = makeJpeg({320, 240}, true);
+
+private slots:
+    void init()
+    {
+        server = new ScriptedHttpServer(this);
+        QVERIFY(server->isListening());
+    }
+    void cleanup() { delete server; }
+
+    void completedResponses_data()
+    {
+        QTest::addColumn<HttpScript>("script");
+        QTest::addColumn<QString>("contentType");
+        QTest::addColumn<QByteArray>("body");
+        QTest::newRow("picture") << HttpScript::reply("image/jpeg", jpeg) << u"image/jpeg"_s << jpeg;
+        QTest::newRow("500 with a body") << HttpScript::reply("text/plain", "it broke", 500) << u"text/plain"_s
+                                         << QByteArray("it broke");
+        QTest::newRow("redirect is not followed")
+            << HttpScript::reply("text/html", "moved", 301).withHeader("Location", "/elsewhere.jpg")
+            << u"text/html"_s << QByteArray("moved");
+        QTest::newRow("cut short: the part that came") << HttpScript::reply("image/jpeg", jpeg).cutShortAt(5000)
+                                                       << u"image/jpeg"_s << jpeg.left(5000);
+        QTest::newRow("no content type") << HttpScript::reply({}, "x") << QString() << QByteArray("x");
+        QTest::newRow("empty 200") << HttpScript::reply("image/jpeg", {}) << u"image/jpeg"_s << QByteArray();
+    }
+    void completedResponses()
+    {
+        QFETCH(HttpScript, script);
+        QFETCH(QString, contentType);
+        QFETCH(QByteArray, body);
+        server->setScript(u"/a.jpg"_s, script);
+        Inet inet;
+        const Seen seen = fetch(inet, server->url(u"/a.jpg"_s));
+        QCOMPARE(seen.duringExecute, 0);
+        QVERIFY(seen.states.size() >= 3);
+        QCOMPARE(seen.states.first(), int(Inet::icResolvingHost));
+        QCOMPARE(seen.states.last(), int(Inet::icResponseCompleted));
+        for (int i = 0; i + 1 < seen.states.size(); ++i) {
+            QVERIFY2(seen.states[i] >= 1 && seen.states[i] <= 10, qPrintable(QString::number(seen.states[i])));
+            QVERIFY(seen.executing[i]);
+        }
+        QVERIFY(!seen.executing.last());
+        QCOMPARE(seen.contentType, contentType);
+        QCOMPARE(seen.body, body);
+        QCOMPARE(server->totalRequests(), 1);
+    }
+
+    void unknownPathIsA404Page()
+    {
+        Inet inet;
+        const Seen seen = fetch(inet, server->url(u"/nothing.jpg"_s));
+        QCOMPARE(seen.states.last(), int(Inet::icResponseCompleted));
+        QCOMPARE(seen.contentType, u"text/html; charset=iso-8859-1"_s);
+        QVERIFY(seen.body.contains("404 Not Found"));
+        QCOMPARE(server->requestCount(u"/nothing.jpg"_s), 1);
+    }
+
+    void chunksReassembleTheBody_data()
+    {
+        QTest::addColumn<int>("size");
+        for (int size : {1, 256, 512, 1000, 1024, 2048, 4096, 8192, 1 << 20})
+            QTest::addRow("%d", size) << size;
+    }
+    void chunksReassembleTheBody()
+    {
+        QFETCH(int, size);
+        server->setScript(u"/a.jpg"_s, HttpScript::reply("image/jpeg", jpeg));
+        Inet inet;
+        const Seen seen = fetch(inet, server->url(u"/a.jpg"_s), size);
+        QVERIFY(seen.largestChunk <= size);
+        QCOMPARE(seen.body, jpeg);
+        QVERIFY(seen.body.endsWith("\xff\xd9"));
+        QVERIFY(inet.GetChunk(size).isEmpty()); // stays empty at the end
+    }
+
+    void transportFailures_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<HttpScript>("script");
+        QTest::addColumn<QString>("info"); // empty: any text that does not stop the run
+        QTest::newRow("unknown host") << u"http://nosuch.invalid/a.jpg"_s << HttpScript() << u"Name not resolved"_s;
+        QTest::newRow("refused") << u"http://127.0.0.1:%1/a.jpg"_s.arg(deadPort()) << HttpScript() << u"Cannot connect"_s;
+        QTest::newRow("closed without a reply") << u"/a.jpg"_s << HttpScript::closeWithoutReply() << QString();
+        QTest::newRow("reset without a reply") << u"/a.jpg"_s << HttpScript::resetWithoutReply() << QString();
+        QTest::newRow("never answers") << u"/a.jpg"_s << HttpScript::neverReply() << u"Request timed out"_s;
+        QTest::newRow("stalls in the body")
+            << u"/a.jpg"_s << HttpScript::reply("image/jpeg", jpeg).withDrip(1000, 4000) << u"Request timed out"_s;
+    }
+    void transportFailures()
+    {
+        QFETCH(QString, path);
+        QFETCH(HttpScript, script);
+        QFETCH(QString, info);
+        server->setScript(path, script);
+        Inet inet;
+        inet.RequestTimeout = 1;
+        const Seen seen = fetch(inet, path.startsWith(u'/') ? server->url(path) : path);
+        QCOMPARE(seen.duringExecute, 0);
+        QCOMPARE(seen.states.last(), int(Inet::icError));
+        QCOMPARE(seen.states.count(Inet::icError), 1);
+        QVERIFY(!seen.states.contains(Inet::icResponseCompleted));
+        QVERIFY(!seen.executing.last());
+        QVERIFY(seen.at.last() < 3500);
+        QVERIFY(!seen.info.isEmpty());
+        if (info.isEmpty())
+            QVERIFY2(!stopsRun(seen.info), qPrintable(seen.info));
+        else
+            QCOMPARE(seen.info, info);
+    }
+
+    void addressPortWinsOverRemotePort_data()
+    {
+        QTest::addColumn<bool>("portInAddress");
+        QTest::addColumn<bool>("remotePortIsServer");
+        QTest::addColumn<int>("outcome");
+        QTest::newRow("address names the server") << true << false << int(Inet::icResponseCompleted);
+        QTest::newRow("address names a dead port") << true << true << int(Inet::icError);
+        QTest::newRow("no port: RemotePort") << false << true << int(Inet::icResponseCompleted);
+    }
+    void addressPortWinsOverRemotePort()
+    {
+        QFETCH(bool, portInAddress);
+        QFETCH(bool, remotePortIsServer);
+        QFETCH(int, outcome);
+        const quint16 dead = deadPort();
+        Inet inet;
+        inet.RemotePort = remotePortIsServer ? server->port() : dead;
+        const QString url = portInAddress ? u"http://127.0.0.1:%1/a.jpg"_s.arg(remotePortIsServer ? dead : server->port())
+                                          : u"http://127.0.0.1/a.jpg"_s;
+        QCOMPARE(fetch(inet, url).states.last(), outcome);
+    }
+
+    void accessType1IgnoresTheApplicationProxy()
+    {
+        // Loopback never goes through a proxy, so ask for a host that only the proxy
+        // would be asked about.
+        QNetworkProxy::setApplicationProxy(QNetworkProxy(QNetworkProxy::HttpProxy, u"127.0.0.1"_s, deadPort()));
+        Inet inet;
+        const QString direct = fetch(inet, u"http://nosuch.invalid/a.jpg"_s).info;
+        inet.AccessType = 0;
+        const QString proxied = fetch(inet, u"http://nosuch.invalid/a.jpg"_s).info;
+        QNetworkProxy::setApplicationProxy(QNetworkProxy(QNetworkProxy::NoProxy));
+        QCOMPARE(direct, u"Name not resolved"_s);
+        QVERIFY2(proxied != direct, qPrintable(proxied));
+    }
+
+    void slowBodyKeepsReporting()
+    {
+        // 1.5 s of body, 150 ms between blocks: longer than the time-out in all, never
+        // silent for as long.
+        server->setScript(u"/a.jpg"_s, HttpScript::reply("image/jpeg", jpeg.left(1000)).withDrip(100, 150));
+        Inet inet;
+        inet.RequestTimeout = 1;
+        const Seen seen = fetch(inet, server->url(u"/a.jpg"_s));
+        QCOMPARE(seen.states.last(), int(Inet::icResponseCompleted));
+        QVERIFY(seen.states.count(Inet::icResponseReceived) >= 6);
+        for (int i = 1; i < seen.at.size(); ++i)
+            QVERIFY2(seen.at[i] - seen.at[i - 1] < 700, qPrintable(u"silent for %1 ms"_s.arg(seen.at[i] - seen.at[i - 1])));
+    }
+
+    void cancelStopsEveryReport_data()
+    {
+        QTest::addColumn<int>("cancelAt"); // state after which to cancel; 0: right after Execute
+        QTest::addColumn<bool>("byExecute"); // a new Execute instead of Cancel
+        QTest::newRow("right after Execute") << 0 << false;
+        QTest::newRow("mid-body") << int(Inet::icResponseReceived) << false;
+        QTest::newRow("superseded mid-body") << int(Inet::icResponseReceived) << true;
+    }
+    void cancelStopsEveryReport()
+    {
+        QFETCH(int, cancelAt);
+        QFETCH(bool, byExecute);
+        server->setScript(u"/slow.jpg"_s, HttpScript::reply("image/jpeg", jpeg).withDrip(500, 30));
+        server->setScript(u"/b.jpg"_s, HttpScript::reply("image/jpeg", "second"));
+        Inet inet;
+        QSignalSpy spy(&inet, &Inet::StateChanged);
+        inet.Execute(server->url(u"/slow.jpg"_s), u"GET"_s);
+        if (cancelAt)
+            QTRY_VERIFY(spy.contains({cancelAt}));
+        const qsizetype before = spy.size();
+        QVERIFY(inet.StillExecuting());
+        if (byExecute) {
+            const Seen seen = fetch(inet, server->url(u"/b.jpg"_s));
+            QCOMPARE(seen.states.count(Inet::icResolvingHost), 1);
+            QCOMPARE(seen.body, QByteArray("second"));
+        } else {
+            inet.Cancel();
+            QCOMPARE(spy.size(), before);
+            QVERIFY(!inet.StillExecuting());
+            QVERIFY(inet.GetChunk(512).isEmpty());
+            QTest::qWait(300);
+            QCOMPARE(spy.size(), before);
+        }
+        QTRY_COMPARE(server->openConnections(), 0); // the cancelled transfer's connection was dropped
+        QVERIFY(server->requestCount(u"/slow.jpg"_s) <= 1);
+    }
+
+    void cancelWhenIdleIsHarmless()
+    {
+        Inet inet;
+        QSignalSpy spy(&inet, &Inet::StateChanged);
+        inet.Cancel();
+        QVERIFY(!inet.StillExecuting());
+        QVERIFY(inet.GetChunk(256).isEmpty());
+        QVERIFY(inet.GetHeader(u"Content-type"_s).isEmpty());
+        server->setScript(u"/a.jpg"_s, HttpScript::reply("image/jpeg", jpeg));
+        QCOMPARE(fetch(inet, server->url(u"/a.jpg"_s)).states.last(), int(Inet::icResponseCompleted));
+        inet.Cancel(); // after the end: forgets the reply, emits nothing
+        inet.Cancel();
+        QTest::qWait(50);
+        QCOMPARE(spy.count({int(Inet::icResponseCompleted)}), 1);
+        QVERIFY(inet.GetChunk(256).isEmpty());
+    }
+
+    // A 30 MB body: held once, and read in small chunks without copying it over and over.
+    void largeBodyInSmallChunks()
+    {
+        QByteArray big(30 << 20, Qt::Uninitialized);
+        for (qsizetype i = 0; i < big.size(); ++i)
+            big[i] = char(i * 7 + (i >> 12));
+        server->setScript(u"/big.jpg"_s, HttpScript::reply("image/jpeg", big));
+        Inet inet;
+        {
+            QFile reset(u"/proc/self/clear_refs"_s);
+            if (reset.open(QIODevice::WriteOnly))
+                reset.write("5"); // the peak resident size starts again from here
+        }
+        const qint64 rssBefore = statusKb("VmRSS:");
+        QElapsedTimer clock;
+        clock.start();
+        QSignalSpy spy(&inet, &Inet::StateChanged);
+        inet.Execute(server->url(u"/big.jpg"_s), u"GET"_s);
+        QTRY_VERIFY_WITH_TIMEOUT(spy.contains({int(Inet::icResponseCompleted)}), 30000);
+        const qint64 transferMs = clock.restart();
+        qsizetype at = 0;
+        bool same = true;
+        for (QByteArray chunk = inet.GetChunk(256); !chunk.isEmpty(); chunk = inet.GetChunk(256)) {
+            same = same && chunk.size() <= 256 && at + chunk.size() <= big.size()
+                && memcmp(chunk.constData(), big.constData() + at, chunk.size()) == 0;
+            at += chunk.size();
+        }
+        const qint64 readMs = clock.elapsed();
+        const qint64 peakKb = statusKb("VmHWM:") - rssBefore;
+        qInfo("30 MB: transfer %lld ms, read in 256-byte chunks %lld ms, peak growth %lld MB", transferMs, readMs,
+              peakKb / 1024);
+        QVERIFY(same);
+        QCOMPARE(at, big.size());
+        QVERIFY2(readMs < 10000, "reading in small chunks copies the body again and again");
+#if !defined(__SANITIZE_ADDRESS__)
+        QVERIFY2(peakKb < 2 * 30 * 1024, "the body is held more than once");
+#endif
+    }
+};
+
+class TestScriptedHttpServer : public QObject {
+    Q_OBJECT
+private slots:
+    void makesRealPictures()
+    {
+        const QByteArray small = makeJpeg({40, 30});
+        QVERIFY(small.startsWith("\xff\xd8") && small.endsWith("\xff\xd9"));
+        QCOMPARE(QImage::fromData(small, "JPEG").size(), QSize(40, 30));
+        QVERIFY(makeJpeg({500, 400}, true).size() > 10 * makeJpeg({500, 400}).size()); // noise makes big files
+    }
+
+    void delaysAndCountsByPath()
+    {
+        ScriptedHttpServer server;
+        server.setScript(u"/a.jpg"_s, HttpScript::reply("image/jpeg", "x").withDelay(300));
+        Inet inet;
+        const Seen seen = fetch(inet, server.url(u"/a.jpg?n=1"_s));
+        QCOMPARE(seen.states.last(), int(Inet::icResponseCompleted));
+        QVERIFY(seen.at.last() >= 280);
+        (void)fetch(inet, server.url(u"/b.jpg"_s));
+        QCOMPARE(server.requestLog(), (QStringList{u"/a.jpg"_s, u"/b.jpg"_s}));
+        QCOMPARE(server.requestCount(u"/a.jpg"_s), 1);
+        QCOMPARE(server.requestCount(u"/c.jpg"_s), 0);
+    }
+};
+
+TOLMARA_TEST_MAIN(TestInet, TestScriptedHttpServer)
+#include "tst_inet.moc"

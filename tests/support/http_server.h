@@ -1,0 +1,102 @@
+#pragma once
+// A small HTTP/1.1 server for tests, on 127.0.0.1 at a port of the system's
+// choosing. It lives in the test's own thread and is driven by its event loop.
+// Each path has a script saying how to answer; every connection carries one
+// request and is closed after the reply ("Connection: close").
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QObject>
+#include <QPair>
+#include <QSize>
+#include <QString>
+#include <QStringList>
+
+class QTcpServer;
+class QTcpSocket;
+class HttpExchange;
+
+// How to answer one path, for example
+//   server.setScript(u"/a.jpg"_s, HttpScript::reply("image/jpeg", jpeg).withDrip(512, 20));
+struct HttpScript {
+    enum class Ending {
+        Reply,             // answer normally
+        CloseWithoutReply, // read the request, then close the connection without a byte
+        ResetWithoutReply, // read the request, then reset the connection (TCP RST)
+        NeverReply,        // read the request and keep the connection open, silent
+    };
+
+    int status = 200;
+    QByteArray reason = "OK";
+    QByteArray contentType;                       // no Content-Type header when empty
+    QList<QPair<QByteArray, QByteArray>> headers; // further headers, sent as given; a
+                                                  // Content-Length among them replaces the true one
+    QByteArray body;
+    int delayMs = 0;        // wait this long after the request before answering (or closing)
+    int dripBytes = 0;      // > 0: send the body this many bytes at a time ...
+    int dripIntervalMs = 0; // ... every this many milliseconds
+    qint64 cutAt = -1;      // >= 0: send only this many body bytes, then close;
+                            // Content-Length still announces the whole body
+    Ending ending = Ending::Reply;
+
+    // A reply with this status; the reason phrase is the usual one when not given.
+    static HttpScript reply(const QByteArray &contentType, const QByteArray &body, int status = 200,
+                            const QByteArray &reason = QByteArray());
+    static HttpScript closeWithoutReply();
+    static HttpScript resetWithoutReply();
+    static HttpScript neverReply();
+
+    HttpScript withHeader(const QByteArray &name, const QByteArray &value) const;
+    HttpScript withDelay(int ms) const;
+    HttpScript withDrip(int bytes, int everyMs) const;
+    HttpScript cutShortAt(qint64 bytes) const;
+};
+
+class ScriptedHttpServer : public QObject {
+    Q_OBJECT
+public:
+    // Starts listening at once; isListening() tells whether that worked.
+    explicit ScriptedHttpServer(QObject *parent = nullptr);
+    ~ScriptedHttpServer() override;
+
+    bool isListening() const;
+    quint16 port() const;
+    // "http://127.0.0.1:<port>" + path; path starts with "/".
+    QString url(const QString &path) const;
+
+    void setScript(const QString &path, const HttpScript &script);
+    // Paths without a script answer 404 with a small HTML page.
+    void clearScripts();
+
+    // Requests whose head was read completely, by path (query string dropped).
+    int requestCount(const QString &path) const;
+    int totalRequests() const;
+    // Every request's path, in order of arrival.
+    QStringList requestLog() const;
+    // The head of the last request (request line and headers, as received).
+    QByteArray lastRequestHead() const;
+    void resetCounts();
+
+    // Connections that are still open (for example silent ones).
+    int openConnections() const;
+    // Closes every open connection at once.
+    void closeConnections();
+
+private:
+    void accept();
+    void readRequest(QTcpSocket *socket, HttpExchange *ex);
+    void answer(QTcpSocket *socket, HttpExchange *ex, const HttpScript &script);
+    void pump(QTcpSocket *socket, HttpExchange *ex);
+
+    QTcpServer *m_server;
+    QHash<QString, HttpScript> m_scripts;
+    QHash<QString, int> m_counts;
+    QStringList m_log;
+    QByteArray m_lastHead;
+};
+
+// A real JPEG picture of the given size (it starts with FF D8 and ends with FF D9).
+// With noisy set, the picture is random noise, which makes a large file; otherwise a
+// smooth gradient, which makes a small one.
+QByteArray makeJpeg(QSize size, bool noisy = false, int quality = 90);
