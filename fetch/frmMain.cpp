@@ -8,6 +8,7 @@
 #include "fetch/run_state.h"
 #include "platform/Inet1.h"
 #include "platform/seams.h"
+#include "view/display.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -184,6 +185,7 @@ void frmMain::connectHandlers()
     connect(timInetCancel, &QTimer::timeout, this, &frmMain::timInetCancel_Timer);
     connectRunHandlers();
     connectTransferHandlers();
+    attachPictureArea(*this);
 }
 
 void frmMain::Form_Load()

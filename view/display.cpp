@@ -1,0 +1,109 @@
+#include "view/display.h"
+
+#include "app/bug_alert.h"
+#include "fetch/frmMain.h"
+#include "fetch/modfrmMain.h"
+#include "fetch/run_state.h"
+#include "view/frmLarge.h"
+#include "view/picture_mouse.h"
+
+#include <QImageReader>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPixmap>
+
+namespace {
+
+// A picture needing more memory than this (in MiB) is not decoded: a
+// 12000 x 12000 picture would take 550 MiB.
+constexpr int PictureMemoryLimit = 256;
+
+QString shownPicturePath;
+
+const QString CorruptFileText = QStringLiteral("Load Picture Error - Possible Corrupt File!");
+
+void showCorruptFile(frmMain &w)
+{
+    w.txtStatus->setText(CorruptFileText);
+    w.pictMain->clear();
+    if (runState().ProjectorShown)
+        if (frmLarge *p = projector())
+            p->pictLarge->clear();
+}
+
+} // namespace
+
+qint32 countedUp(qint32 counter)
+{
+    qint32 next = 0;
+    if (__builtin_add_overflow(counter, 1, &next))
+        throw Fault(fault::Overflow);
+    return next;
+}
+
+QPixmap loadPicture(const QString &path)
+{
+    if (path.isEmpty())
+        return QPixmap();
+    QImageReader reader(path, "jpeg");
+    reader.setAutoDetectImageFormat(false);
+    reader.setAllocationLimit(PictureMemoryLimit);
+    QImage image;
+    if (!reader.read(&image))
+        return QPixmap();
+    return QPixmap::fromImage(std::move(image));
+}
+
+void placePicture(QLabel *box, const QPixmap &picture)
+{
+    if (picture.isNull()) {
+        box->clear();
+        return;
+    }
+    box->setPixmap(picture);
+    box->setGeometry(0, 0, picture.width(), picture.height());
+}
+
+QString ShownPicturePath() { return shownPicturePath; }
+
+void ShowPic(bool good)
+{
+    frmMain *w = frmMain::instance();
+    if (!w)
+        return;
+    RunState &run = runState();
+    const QString damage = good ? QString() : QStringLiteral("...Damaged!");
+    try {
+        w->framLarge->setTitle(QStringLiteral("JPEG - ") + run.CurrentFileName + damage);
+        run.MinedCount = countedUp(run.MinedCount);
+        w->txtTotalDown->setText(QString::number(run.MinedCount));
+    } catch (const Fault &f) {
+        BugAlert(QStringLiteral("ShowPic Module"), QString(), f);
+        return;
+    }
+    shownPicturePath = run.TempFilePath;
+    QPixmap picture;
+    if (good) {
+        picture = loadPicture(run.TempFilePath);
+        if (picture.isNull()) {
+            showCorruptFile(*w);
+            return;
+        }
+    }
+    placePicture(w->pictMain, picture);
+    run.ProjectorTitle = QStringLiteral("Tolmara Projector - Now Showing ") + run.CurrentFileName + damage;
+    if (run.ProjectorShown)
+        if (frmLarge *p = projector())
+            p->showPicture(run.ProjectorTitle, picture);
+}
+
+void attachPictureArea(frmMain &w)
+{
+    auto *mouse = new PictureMouse(w.pictBase, w.pictMain, w.timOkToShift);
+    mouse->onDoubleClick = [&w](QWidget *watched, Qt::MouseButton button) {
+        if (watched != w.pictMain || button != Qt::LeftButton)
+            return false;
+        openProjector();
+        return true;
+    };
+}

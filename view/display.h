@@ -1,0 +1,28 @@
+#pragma once
+// Showing each fetched picture: in the main window's picture area, and in the
+// projector while it is open.
+
+#include <QString>
+
+class QLabel;
+class QPixmap;
+class frmMain;
+
+// Decodes a JPEG file at its real size. Null when the file is not a JPEG
+// picture, cannot be decoded, or would be too large to hold; an empty path
+// gives a null picture too.
+QPixmap loadPicture(const QString &path);
+
+// Puts a picture into a picture box at its real size, at the top left corner
+// of its clipping box. A null picture empties the box and leaves it in place.
+void placePicture(QLabel *box, const QPixmap &picture);
+
+// The path of the picture ShowPic loaded last.
+QString ShownPicturePath();
+
+// Gives the main window's picture area its mouse: dragging, SAVE on the right
+// button, NEXT on the middle one, and the projector on a double-click.
+void attachPictureArea(frmMain &w);
+
+// counter + 1; a result beyond 32 bits is an overflow fault.
+qint32 countedUp(qint32 counter);

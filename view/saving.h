@@ -1,0 +1,23 @@
+#pragma once
+// Saving the shown picture into the save directory under its own name, a
+// time-stamp name or a series name.
+
+#include <QString>
+
+// Copies source over destination, whole or not at all: the copy goes to a
+// temporary file beside the destination, which then takes the destination's
+// name in one step. On failure beeps (when so set) and offers Retry and
+// Cancel; false once the user cancels.
+bool CopyPicture(const QString &source, const QString &destination);
+
+// One copy attempt as above, without asking; the platform's description of
+// the failure, or an empty text on success.
+QString copyWhole(const QString &source, const QString &destination);
+
+// The name a series picture is saved under: "$eries" + id + "_" + its number,
+// at least two digits.
+QString seriesFileName(const QString &seriesId, qint32 number);
+
+// directory + file name, with a separator only when the directory does not
+// already end in one.
+QString savePath(const QString &directory, const QString &fileName);
