@@ -25,6 +25,7 @@ void StepTest::stepGroups_data()
     QTest::newRow("group grows") << pic << u"000+++"_s << oneCounter << 993 << true << u"pic1000"_s;
     QTest::newRow("subtracting") << pic << u"000+++"_s << oneCounter << 1 << false << u"pic006"_s;
     QTest::newRow("against the run") << pic << u"000---"_s << oneCounter << 3 << true << u"pic004"_s;
+    QTest::newRow("first direction counts") << pic << u"000-++"_s << oneCounter << 1 << true << u"pic006"_s;
     QTest::newRow("largest amount") << pic << u"000+++"_s << oneCounter << 32767 << true << u"pic32774"_s;
     QTest::newRow("smallest amount") << u"pic40000"_s << u"000+++++"_s << u"&&&*****"_s << -32768 << true
                                      << u"pic07232"_s;
