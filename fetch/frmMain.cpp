@@ -367,6 +367,13 @@ void frmMain::closeEvent(QCloseEvent *event)
         return;
     }
     event->accept();
+    // The window is going: none of its timers may tick into the run again.
+    for (QTimer *timer : findChildren<QTimer *>())
+        timer->stop();
+    if (theMainWindow == this) {
+        theMainWindow = nullptr;
+        installMainWindowLink(nullptr);
+    }
 }
 
 // Saves the magazine, offers to save a changed configuration, stops the

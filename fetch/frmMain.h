@@ -150,6 +150,6 @@ private:
 
     QButtonGroup *m_directions;
     bool m_unloading = false;
-    bool m_derivedMask = true; // a fresh window has no mask yet
+    bool m_derivedMask = false;
     bool m_advancedEdit = false;
 };

@@ -6,6 +6,7 @@
 #include "platform/Inet1.h"
 #include "support/fakes.h"
 #include "support/test_main.h"
+#include "support/window_fixture.h"
 
 #include <QCloseEvent>
 #include <QFile>
@@ -34,24 +35,14 @@ private:
 
 QPointer<frmMain> ShutdownTest::openWindow(fakes::TestSeams &seams)
 {
-    resetRunState();
-    store::write(QStringLiteral("TempDir"), seams.programDir());
-    store::write(QStringLiteral("SaveDir"), seams.programDir());
-    startup().sTempFileName = QStringLiteral("TmpAbCdE.jpg");
-    auto *window = new frmMain;
-    window->setAttribute(Qt::WA_DeleteOnClose);
-    window->Form_Load();
-    window->show();
+    QPointer<frmMain> window = fixture::openMainWindow(seams);
     QFile file(tempFile());
     if (file.open(QIODevice::WriteOnly))
         file.write("\xff\xd8\xff\xd9");
     return window;
 }
 
-QString ShutdownTest::tempFile() const
-{
-    return joinPath(settings().TempDir.VarGet().toString(), startup().sTempFileName);
-}
+QString ShutdownTest::tempFile() const { return fixture::tempFile(); }
 
 void ShutdownTest::quitWithoutChangesAsksNothing()
 {

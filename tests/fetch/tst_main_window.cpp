@@ -1,0 +1,354 @@
+#include "app/modMain.h"
+#include "app/settings.h"
+#include "fetch/lamp.h"
+#include "fetch/run_state.h"
+#include "platform/Inet1.h"
+#include "support/fakes.h"
+#include "support/http_server.h"
+#include "support/test_main.h"
+#include "support/window_fixture.h"
+
+#include <QCheckBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QRandomGenerator>
+#include <QTest>
+#include <QTimer>
+
+// The main window as a user meets it: typing, clicking, holding buttons.
+class MainWindowTest : public QObject {
+    Q_OBJECT
+private slots:
+    void startWithEmptyMaskDerivesOneAndRequestsTheStart();
+    void startWhileRunningStops();
+    void manualRunEndsAfterOnePicture();
+    void heldSkipSkipsWithoutRequests();
+    void incrementCheck_data();
+    void incrementCheck();
+    void shortcutButton_data();
+    void shortcutButton();
+    void toolTipsFollowTheSetting();
+    void labelsResetCounters();
+    void statusLineShowsAndCopiesTheAddress();
+    void randomTextsNeverCrash();
+
+private:
+    void typeAddress(frmMain &w, const QString &address);
+};
+
+void MainWindowTest::typeAddress(frmMain &w, const QString &address)
+{
+    w.txtAddress->clear();
+    QTest::keyClicks(w.txtAddress, address);
+}
+
+void MainWindowTest::startWithEmptyMaskDerivesOneAndRequestsTheStart()
+{
+    fakes::TestSeams seams;
+    ScriptedHttpServer server;
+    QPointer<frmMain> w = fixture::openMainWindow(seams);
+    w->optBack->setChecked(true);
+    typeAddress(*w, server.url(QStringLiteral("/img/pic007.jpg")));
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    QCOMPARE(w->txtMask->text(), QStringLiteral("000111"));
+    QCOMPARE(w->GroupText, QStringLiteral("&&&***"));
+    QVERIFY(w->optFoward->isChecked());
+    const RunState &run = runState();
+    QVERIFY(run.RunActive);
+    QCOMPARE(w->cmdStart->text(), QStringLiteral("S&TOP"));
+    QCOMPARE(w->shpGreen->fillColor(), QColor(0, 255, 0));
+    QVERIFY(!w->shpRed->isLit());
+    QVERIFY(!w->cmdNext->isEnabled() && !w->cmdSave->isEnabled() && !w->cmdSkip->isEnabled());
+    QVERIFY(!w->txtIncrement->isEnabled());
+    QTRY_VERIFY(server.totalRequests() >= 1);
+    QCOMPARE(server.requestLog().first(), QStringLiteral("/img/pic007.jpg"));
+    QVERIFY(seams.boxes.shown().isEmpty());
+    w->Unload();
+}
+
+void MainWindowTest::startWhileRunningStops()
+{
+    fakes::TestSeams seams;
+    ScriptedHttpServer server;
+    server.setScript(QStringLiteral("/s/a01.jpg"), HttpScript::neverReply());
+    QPointer<frmMain> w = fixture::openMainWindow(seams);
+    settings().TimeOut.LongLet(1);
+    typeAddress(*w, server.url(QStringLiteral("/s/a01.jpg")));
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    QTRY_COMPARE(server.totalRequests(), 1);
+    const QString requesting = w->txtStatus->text();
+    QVERIFY(requesting.startsWith(QLatin1String("Requesting http://127.0.0.1")));
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    QCOMPARE(w->txtStatus->text(), QStringLiteral("Cancelling Request - Please wait!"));
+    QVERIFY(!runState().RunActive);
+    QVERIFY(w->shpRed->isLit());
+    QCOMPARE(w->cmdStart->text(), QStringLiteral("S&TART"));
+    QTRY_VERIFY(w->txtStatus->text().startsWith(QLatin1String("Stopped at ")));
+    QCOMPARE(w->txtStatus->text(), QStringLiteral("Stopped at ") + requesting.mid(10));
+    QVERIFY(w->cmdStart->isEnabled());
+    QTest::qWait(300);
+    QCOMPARE(server.totalRequests(), 1);
+    w->Unload();
+}
+
+void MainWindowTest::manualRunEndsAfterOnePicture()
+{
+    fakes::TestSeams seams;
+    ScriptedHttpServer server;
+    server.setScript(QStringLiteral("/m/p10.jpg"), HttpScript::reply("image/jpeg", makeJpeg(QSize(64, 64), true)));
+    QPointer<frmMain> w = fixture::openMainWindow(seams);
+    w->chkAuto->setChecked(false);
+    typeAddress(*w, server.url(QStringLiteral("/m/p10.jpg")));
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    QTRY_VERIFY(!runState().RunActive);
+    QCOMPARE(w->txtStatus->text(), QStringLiteral("Enter URL"));
+    QVERIFY(w->shpRed->isLit() && !w->shpGreen->isLit() && !w->shpYellow->isLit());
+    QCOMPARE(w->cmdStart->text(), QStringLiteral("S&TART"));
+    QCOMPARE(w->cmdStart->toolTip(), QStringLiteral("Download This JPEG Series"));
+    QVERIFY(w->cmdNext->isEnabled() && w->cmdSkip->isEnabled() && w->txtIncrement->isEnabled());
+    QVERIFY(w->cmdSave->isEnabled()); // a picture is there to save
+    QCOMPARE(server.totalRequests(), 1);
+    // NEXT goes on with the following name.
+    QTest::mouseClick(w->cmdNext, Qt::LeftButton);
+    QTRY_COMPARE(server.totalRequests(), 2);
+    QCOMPARE(server.requestLog().last(), QStringLiteral("/m/p11.jpg"));
+    QTRY_VERIFY(!runState().RunActive);
+    QVERIFY(!w->cmdSave->isEnabled() || runState().SaveAvailable);
+    w->Unload();
+}
+
+void MainWindowTest::heldSkipSkipsWithoutRequests()
+{
+    fakes::TestSeams seams;
+    ScriptedHttpServer server;
+    server.setScript(QStringLiteral("/k/n0100.jpg"), HttpScript::reply("image/jpeg", makeJpeg(QSize(64, 64), true)));
+    QPointer<frmMain> w = fixture::openMainWindow(seams);
+    w->chkAuto->setChecked(false);
+    typeAddress(*w, server.url(QStringLiteral("/k/n0100.jpg")));
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    QTRY_VERIFY(w->cmdSkip->isEnabled());
+    QTest::mousePress(w->cmdSkip, Qt::LeftButton);
+    QTest::qWait(2000);
+    QTest::mouseRelease(w->cmdSkip, Qt::LeftButton);
+    const qint32 skipped = runState().StepOffset;
+    QVERIFY2(skipped >= 35 && skipped <= 70, qPrintable(QString::number(skipped)));
+    QCOMPARE(w->txtStatus->text(), QStringLiteral("Skipping ")
+                                       + server.url(QStringLiteral("/k/n%1.jpg").arg(100 + skipped, 4, 10, QLatin1Char('0'))));
+    QTest::qWait(100);
+    QCOMPARE(runState().StepOffset, skipped);
+    QCOMPARE(server.totalRequests(), 1);
+    w->Unload();
+}
+
+void MainWindowTest::incrementCheck_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("shown");  // the text box afterwards
+    QTest::addColumn<int>("step");       // StepIncrement afterwards
+    QTest::addColumn<QString>("box");    // title of the box shown, if any
+    QTest::newRow("zero") << "0" << "1" << 5 << "Sorry! - Invalid Increment";
+    QTest::newRow("negative") << "-1" << "1" << 5 << "Sorry! - Invalid Increment";
+    QTest::newRow("rounds to zero") << "0.4" << "1" << 5 << "Sorry! - Invalid Increment";
+    QTest::newRow("no number") << "abc" << "1" << 5 << "Sorry! - Invalid Increment";
+    QTest::newRow("empty") << "" << "1" << 5 << "Sorry! - Invalid Increment";
+    QTest::newRow("rounds up") << "2.6" << "2.6" << 3 << "";
+    QTest::newRow("half to even") << "2.5" << "2.5" << 2 << "";
+    QTest::newRow("leading number") << "7abc" << "7abc" << 7 << "";
+    QTest::newRow("largest") << "32767" << "32767" << 32767 << "";
+    QTest::newRow("too large") << "99999" << "99999" << 5 << "Bug Alert!";
+}
+
+void MainWindowTest::incrementCheck()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, shown);
+    QFETCH(int, step);
+    QFETCH(QString, box);
+    fakes::TestSeams seams;
+    QPointer<frmMain> w = fixture::openMainWindow(seams);
+    runState().StepIncrement = 5;
+    w->txtIncrement->setFocus();
+    w->txtIncrement->setText(typed);
+    if (!box.isEmpty())
+        seams.boxes.expect(platform::Answer::Ok);
+    w->cmdQuit->setFocus(); // leaving the box checks it
+    QCOMPARE(w->txtIncrement->text(), shown);
+    QCOMPARE(int(runState().StepIncrement), step);
+    QCOMPARE(seams.boxes.shown().size(), box.isEmpty() ? 0 : 1);
+    if (box == QStringLiteral("Sorry! - Invalid Increment")) {
+        QCOMPARE(seams.boxes.shown().first().text,
+                 QStringLiteral("Increment wants to be a counting number greater than zero."));
+        QCOMPARE(seams.boxes.shown().first().icon, platform::Icon::Exclamation);
+        QTRY_VERIFY(w->txtIncrement->hasFocus());
+    } else if (!box.isEmpty()) {
+        QCOMPARE(seams.boxes.shown().first().title, box);
+        QVERIFY(seams.boxes.shown().first().text.contains(QLatin1String("txtIncrement_Change:\r\nOverflow")));
+    }
+    w->Unload();
+}
+
+void MainWindowTest::shortcutButton_data()
+{
+    QTest::addColumn<QString>("clipboard");
+    QTest::addColumn<bool>("accepted");
+    QTest::newRow("address") << "http://host/a/b01.jpg" << true;
+    QTest::newRow("any case, jpeg") << "hTtP://host/a/IMG_0042.JPEG" << true;
+    QTest::newRow("bare file name") << "b01.jpg" << false;
+    QTest::newRow("not a picture") << "http://host/a/b01.gif" << false;
+    QTest::newRow("empty") << "" << false;
+}
+
+void MainWindowTest::shortcutButton()
+{
+    QFETCH(QString, clipboard);
+    QFETCH(bool, accepted);
+    fakes::TestSeams seams;
+    QPointer<frmMain> w = fixture::openMainWindow(seams);
+    w->optSame->setChecked(true);
+    seams.clipboard.setText(clipboard);
+    if (!accepted)
+        seams.boxes.expect(platform::Answer::Ok);
+    QTest::mouseClick(w->cmdAddress, Qt::LeftButton);
+    QCOMPARE(w->txtAddress->text(), clipboard);
+    if (accepted) {
+        QVERIFY(seams.boxes.shown().isEmpty());
+        QVERIFY(!w->txtMask->text().isEmpty());
+        QVERIFY(w->optFoward->isChecked());
+        QVERIFY(w->cmdStart->hasFocus());
+    } else {
+        QCOMPARE(seams.boxes.shown().size(), 1);
+        const platform::MessageBoxRequest box = seams.boxes.shown().first();
+        QCOMPARE(box.title, QStringLiteral("Hmmm..."));
+        QCOMPARE(box.text,
+                 QStringLiteral(" The contents of the clipboard do not appear to be a valid URL.\r\n\r\n"
+                                "First...copy the URL of one image of a JPEG series to the Window's clipboard.\r\n\r\n"
+                                "Then when you click on the Shortcut Button, the URL will be fired here!"));
+        QVERIFY(w->optSame->isChecked());
+    }
+    w->Unload();
+}
+
+void MainWindowTest::toolTipsFollowTheSetting()
+{
+    for (const bool on : {true, false}) {
+        fakes::TestSeams seams;
+        store::write(QStringLiteral("ToolTips"), on ? QStringLiteral("TRUE") : QStringLiteral("FALSE"));
+        store::write(QStringLiteral("SaveDir"), QStringLiteral("/pics"));
+        QPointer<frmMain> w = fixture::openMainWindow(seams);
+        const QMap<QString, QString> expected = {
+            {QStringLiteral("chkAuto"), QStringLiteral("Switch To Full Auto")},
+            {QStringLiteral("chkMagEnable"), QStringLiteral("Enable Reload From Magazine")},
+            {QStringLiteral("cmdAddress"), QStringLiteral("Shortcut Button!")},
+            {QStringLiteral("cmdLoadMag"), QStringLiteral("Load URL Magazine")},
+            {QStringLiteral("cmdConfig"), QStringLiteral("Configure Tolmara")},
+            {QStringLiteral("cmdSkip"), QStringLiteral("Skip The Next JPEG")},
+            {QStringLiteral("cmdNext"), QStringLiteral("Get Next JPEG Without Saving This One")},
+            {QStringLiteral("cmdQuit"), QStringLiteral("Cancel And Exit Tolmara")},
+            {QStringLiteral("cmdSave"), QStringLiteral("Save This JPEG To ") + fixture::saveDir(seams)},
+            {QStringLiteral("lblDownLoad"), QStringLiteral("Double Click To Zero")},
+            {QStringLiteral("lblIncrement"), QStringLiteral("Double Click For 1")},
+            {QStringLiteral("lblMask"), QStringLiteral("Click for Advanced Mask Edit")},
+            {QStringLiteral("lblSaved"), QStringLiteral("Double Click To Zero")},
+            {QStringLiteral("optBack"), QStringLiteral("Sends The Calling Direction Backwards")},
+            {QStringLiteral("optFoward"), QStringLiteral("Sends The Calling Direction Forwards")},
+            {QStringLiteral("optSame"), QStringLiteral("Recalls The Same File")},
+            {QStringLiteral("pictBase"), QStringLiteral(">> Projector | >Next | >Save")},
+            {QStringLiteral("pictMain"), QStringLiteral(">> Projector | >Next | >Save")},
+            {QStringLiteral("txtAddress"), QStringLiteral("Enter JPEG URL Here!")},
+            {QStringLiteral("txtIncrement"), QStringLiteral("Set Increment Value")},
+            {QStringLiteral("txtMask"), QStringLiteral("Edit Mask Here")},
+            {QStringLiteral("txtStatus"), QStringLiteral("> To Expand URL | >> Copy To Clipboard")},
+            {QStringLiteral("txtTotal"), QStringLiteral("Displays Total Num. Of Saves")},
+            {QStringLiteral("txtTotalDown"), QStringLiteral("Displays Total Num. Of Calls")},
+            {QStringLiteral("cmdStart"), QStringLiteral("Download This JPEG Series")},
+        };
+        const QList<QWidget *> controls = formControls(w);
+        for (QWidget *control : controls) {
+            const QString want = on ? expected.value(control->objectName()) : QString();
+            QVERIFY2(control->toolTip() == want,
+                     qPrintable(control->objectName() + QStringLiteral(": ") + control->toolTip()));
+        }
+        w->Unload();
+    }
+}
+
+void MainWindowTest::labelsResetCounters()
+{
+    fakes::TestSeams seams;
+    QPointer<frmMain> w = fixture::openMainWindow(seams);
+    runState().MinedCount = 12;
+    runState().SavedCount = 4;
+    w->txtTotalDown->setText(QStringLiteral("12"));
+    w->txtTotal->setText(QStringLiteral("4"));
+    w->txtIncrement->setText(QStringLiteral("9"));
+    QTest::mouseDClick(w->lblDownLoad, Qt::LeftButton);
+    QCOMPARE(runState().MinedCount, 0);
+    QCOMPARE(w->txtTotalDown->text(), QStringLiteral("0"));
+    QCOMPARE(runState().SavedCount, 4);
+    QTest::mouseDClick(w->lblSaved, Qt::LeftButton);
+    QCOMPARE(w->txtTotal->text(), QStringLiteral("0"));
+    QTest::mouseDClick(w->lblIncrement, Qt::LeftButton);
+    QCOMPARE(w->txtIncrement->text(), QStringLiteral("1"));
+    w->Unload();
+}
+
+void MainWindowTest::statusLineShowsAndCopiesTheAddress()
+{
+    fakes::TestSeams seams;
+    QPointer<frmMain> w = fixture::openMainWindow(seams);
+    runState().CurrentURL = QStringLiteral("http://host/a/very/long/folder/name/that/does/not/fit/pic0042.jpg");
+    QTest::mouseClick(w->txtStatus, Qt::LeftButton);
+    QCOMPARE(w->txtStatus->text(), runState().CurrentURL);
+    QVERIFY(seams.clipboard.text().isEmpty());
+    QTest::mouseDClick(w->txtStatus, Qt::LeftButton);
+    QCOMPARE(seams.clipboard.text(), runState().CurrentURL);
+    QCOMPARE(w->txtStatus->selectedText(), runState().CurrentURL);
+    w->Unload();
+}
+
+// Random texts typed into the address, mask and step boxes and started:
+// messages may come, but no crash, no sanitizer report and no Bug Alert
+// except the step's overflow.
+void MainWindowTest::randomTextsNeverCrash()
+{
+    fakes::TestSeams seams;
+    seams.boxes.answerAll(platform::Answer::Ok);
+    QPointer<frmMain> w = fixture::openMainWindow(seams);
+    QRandomGenerator random(20261121);
+    const QString alphabet = QStringLiteral("0123456789azAZ./:_-+&* %?#\u00e9\u4e2d\u0000HTPhtp.jpgJPEG");
+    auto randomText = [&](int maxLength) {
+        QString text;
+        const int length = random.bounded(maxLength + 1);
+        for (int i = 0; i < length; ++i)
+            text += alphabet.at(random.bounded(int(alphabet.size())));
+        return text;
+    };
+    QString failing;
+    seams.boxes.onShow([&](const platform::MessageBoxRequest &box) {
+        if (box.title == QStringLiteral("Bug Alert!") && !box.text.contains(QLatin1String("Overflow")) && failing.isEmpty())
+            failing = w->txtAddress->text() + QStringLiteral(" | mask ") + w->txtMask->text() + QStringLiteral(" | ") + box.text;
+    });
+    for (int i = 0; i < 3000; ++i) {
+        QString address = randomText(40);
+        if (i % 3 == 0)
+            address = QStringLiteral("http://127.0.0.1:9/") + randomText(12) + QStringLiteral(".jpg");
+        w->txtAddress->setText(i == 7 ? QString(10000, QLatin1Char('x')) : address);
+        w->txtMask->setText(i % 2 ? randomText(14) : QString());
+        w->txtIncrement->setText(randomText(6));
+        w->txtIncrement->setFocus();
+        w->txtAddress->setFocus();
+        w->Start();
+        if (runState().RunActive) {
+            w->timCallGetNext->stop();
+            runState().RunActive = false;
+        }
+    }
+    QVERIFY2(failing.isEmpty(), qPrintable(failing));
+    w->Unload();
+}
+
+TOLMARA_REGISTER_TEST(MainWindowTest)
+#include "tst_main_window.moc"

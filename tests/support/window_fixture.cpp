@@ -1,0 +1,44 @@
+#include "support/window_fixture.h"
+
+#include "app/modMain.h"
+#include "app/paths.h"
+#include "app/settings.h"
+#include "fetch/run_state.h"
+
+#include <QDir>
+#include <QLineEdit>
+#include <QTest>
+#include <QTimer>
+
+namespace fixture {
+
+QString tempDir(const fakes::TestSeams &seams) { return QDir::toNativeSeparators(seams.folder.filePath(QStringLiteral("temp"))); }
+QString saveDir(const fakes::TestSeams &seams) { return QDir::toNativeSeparators(seams.folder.filePath(QStringLiteral("save"))); }
+
+QPointer<frmMain> openMainWindow(fakes::TestSeams &seams)
+{
+    resetRunState();
+    QDir().mkpath(tempDir(seams));
+    QDir().mkpath(saveDir(seams));
+    store::write(QStringLiteral("TempDir"), tempDir(seams));
+    store::write(QStringLiteral("SaveDir"), saveDir(seams));
+    startup().sTempFileName = QStringLiteral("TmpAbCdE.jpg");
+    screenProfile().PathDisplayLength = 57;
+    auto *window = new frmMain;
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->Form_Load();
+    window->show();
+    window->activateWindow();
+    if (!QTest::qWaitForWindowActive(window))
+        qWarning("the main window did not become active");
+    window->txtAddress->setFocus();
+    window->timCallGetNext->setInterval(10);
+    return window;
+}
+
+QString tempFile()
+{
+    return joinPath(settings().TempDir.VarGet().toString(), runState().TempFileName);
+}
+
+} // namespace fixture
