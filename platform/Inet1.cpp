@@ -4,6 +4,7 @@
 #include <QNetworkProxy>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QTimer>
 #include <QUrl>
 
 #include <climits>
@@ -31,9 +32,12 @@ bool isNetworkFailure(QNetworkReply::NetworkError error)
 
 } // namespace
 
-Inet::Inet(QObject *parent) : QObject(parent), m_manager(new QNetworkAccessManager(this))
+Inet::Inet(QObject *parent)
+    : QObject(parent), m_manager(new QNetworkAccessManager(this)), m_watchdog(new QTimer(this))
 {
     m_manager->setAutoDeleteReplies(false);
+    m_watchdog->setInterval(250);
+    connect(m_watchdog, &QTimer::timeout, this, &Inet::checkTimeOut);
 }
 
 Inet::~Inet()
@@ -60,12 +64,14 @@ void Inet::Execute(const QString &url, const QString &operation)
     QNetworkRequest request(address);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
-    const int seconds = qBound(0, RequestTimeout, INT_MAX / 1000);
-    request.setTransferTimeout(seconds * 1000);
+    m_timeOutSet = qBound(0, RequestTimeout, INT_MAX / 1000);
+    request.setTransferTimeout(m_timeOutSet * 1000);
 
     const QByteArray verb = operation.trimmed().isEmpty() ? QByteArray("GET") : operation.trimmed().toUpper().toLatin1();
-    m_reply = m_manager->sendCustomRequest(request, verb);
+    m_reply = verb == "GET" ? m_manager->get(request) : m_manager->sendCustomRequest(request, verb);
     watch(m_reply);
+    m_quiet.start();
+    m_watchdog->start();
     // The first report, like every other, comes from the event loop.
     post(icResolvingHost);
 }
@@ -73,16 +79,24 @@ void Inet::Execute(const QString &url, const QString &operation)
 void Inet::watch(QNetworkReply *reply)
 {
     // The reply's signals only queue reports; nothing here calls out to the caller.
-    connect(reply, &QNetworkReply::socketStartedConnecting, this, [this] { post(icConnecting); });
+    connect(reply, &QNetworkReply::socketStartedConnecting, this, [this] {
+        m_quiet.start();
+        post(icConnecting);
+    });
     connect(reply, &QNetworkReply::requestSent, this, [this] {
+        m_quiet.start();
         m_requestSent = true;
         post(icRequestSent);
     });
-    connect(reply, &QNetworkReply::metaDataChanged, this, [this] { post(icReceivingResponse); });
+    connect(reply, &QNetworkReply::metaDataChanged, this, [this] {
+        m_quiet.start();
+        post(icReceivingResponse);
+    });
     // One report for each block of data that arrives, so that a slow body keeps the
     // caller's inactivity time-out alive; blocks that arrive while a report still
     // waits share it.
     connect(reply, &QNetworkReply::readyRead, this, [this] {
+        m_quiet.start();
         if (!m_dataReportQueued) {
             m_dataReportQueued = true;
             post(icResponseReceived);
@@ -103,8 +117,10 @@ void Inet::deliver(quint64 generation, int state)
         return; // cancelled, or superseded by a newer request
     if (state == icResponseReceived)
         m_dataReportQueued = false;
-    if (state == icError || state == icResponseCompleted)
+    if (state == icError || state == icResponseCompleted) {
         m_executing = false;
+        m_watchdog->stop();
+    }
     emit StateChanged(state);
 }
 
@@ -131,6 +147,19 @@ void Inet::replyFinished(QNetworkReply *reply)
     post(icError);
 }
 
+void Inet::checkTimeOut()
+{
+    if (!m_reply || m_reply->isFinished())
+        return;
+    // The network layer's own time-out covers the value Execute gave it; only a
+    // lower one, set since, is applied here.
+    const int seconds = qBound(0, RequestTimeout, INT_MAX / 1000);
+    if (seconds == 0 || (m_timeOutSet != 0 && seconds >= m_timeOutSet))
+        return;
+    if (m_quiet.elapsed() >= qint64(seconds) * 1000)
+        m_reply->abort(); // finishes the reply as timed out: see replyFinished
+}
+
 QString Inet::GetHeader(const QString &name) const
 {
     if (!m_reply)
@@ -151,6 +180,7 @@ void Inet::Cancel()
     m_executing = false;
     m_requestSent = false;
     m_dataReportQueued = false;
+    m_watchdog->stop();
     dropReply();
 }
 

@@ -14,14 +14,21 @@
 // - Nothing is ever emitted from inside Execute or Cancel. After Cancel, or a new
 //   Execute, no report of the earlier request arrives, not even one already queued.
 // - StillExecuting stays true until the final report (11 or 12) is delivered.
+// - RequestTimeout, read by Execute, limits the silence between two pieces of
+//   news from the server, not the length of the transfer. Lowered while a request
+//   runs, the new value applies to that request from then on.
+// - A connection closed before any reply is tried once more by the network layer
+//   before it fails, so the server sees that request twice.
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
 #include <QString>
 
 class QNetworkAccessManager;
 class QNetworkReply;
+class QTimer;
 
 class Inet : public QObject {
     Q_OBJECT
@@ -72,6 +79,7 @@ private:
     void post(int state);
     void deliver(quint64 generation, int state);
     void replyFinished(QNetworkReply *reply);
+    void checkTimeOut();
     void dropReply();
 
     QNetworkAccessManager *m_manager;
@@ -83,5 +91,8 @@ private:
     bool m_requestSent = false;
     bool m_dataReportQueued = false; // one "data arrived" report waits at most
     int m_proxyAccess = -1;          // AccessType the manager's proxy was set for
+    int m_timeOutSet = 0;            // RequestTimeout given to the network layer by Execute
+    QElapsedTimer m_quiet;           // since the last news of the request in progress
+    QTimer *m_watchdog;              // applies a RequestTimeout lowered during a request
     QString m_responseInfo;
 };
