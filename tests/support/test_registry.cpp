@@ -1,13 +1,53 @@
 #include "support/test_main.h"
 
+#include <QMetaMethod>
 #include <vector>
 
 namespace {
+
 std::vector<TestFactory> &factories()
 {
     static std::vector<TestFactory> all;
     return all;
 }
+
+bool hasTestFunction(const QObject &test, const QByteArray &argument)
+{
+    const qsizetype colon = argument.indexOf(':');
+    const QByteArray name = colon < 0 ? argument : argument.left(colon);
+    const QMetaObject *meta = test.metaObject();
+    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i)
+        if (meta->method(i).name() == name)
+            return true;
+    return false;
+}
+
+// The arguments meant for one test class: every option, and those of the
+// named test functions that the class has. Empty when functions were named
+// and the class has none of them.
+QList<QByteArray> argumentsFor(const QObject &test, int argc, char **argv)
+{
+    QList<QByteArray> kept{argv[0]};
+    bool named = false;
+    bool takesValue = false;
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray argument(argv[i]);
+        const bool option = argument.startsWith('-');
+        if (option || takesValue) {
+            kept << argument;
+            takesValue = option && (argument == "-o" || argument == "-maxwarnings" || argument == "-eventdelay"
+                                    || argument == "-keydelay" || argument == "-mousedelay");
+            continue;
+        }
+        named = true;
+        if (hasTestFunction(test, argument))
+            kept << argument;
+    }
+    if (named && kept.size() == 1)
+        return {};
+    return kept;
+}
+
 } // namespace
 
 int registerTest(TestFactory factory)
@@ -22,7 +62,13 @@ int runRegisteredTests(int argc, char **argv)
     int failed = 0;
     for (const TestFactory &make : factories()) {
         const std::unique_ptr<QObject> test = make();
-        failed += QTest::qExec(test.get(), argc, argv);
+        QList<QByteArray> arguments = argumentsFor(*test, argc, argv);
+        if (arguments.isEmpty())
+            continue;
+        std::vector<char *> pointers;
+        for (QByteArray &argument : arguments)
+            pointers.push_back(argument.data());
+        failed += QTest::qExec(test.get(), int(pointers.size()), pointers.data());
     }
     return failed;
 }

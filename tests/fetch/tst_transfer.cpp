@@ -1,0 +1,382 @@
+#include "app/settings.h"
+#include "fetch/lamp.h"
+#include "fetch/modfrmMain.h"
+#include "fetch/run_state.h"
+#include "platform/Inet1.h"
+#include "support/fakes.h"
+#include "support/http_server.h"
+#include "support/test_main.h"
+#include "support/window_fixture.h"
+
+#include <QCheckBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+#include <QTimer>
+
+namespace {
+
+QByteArray fileBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// A real picture of at least a few kilobytes (shorter bodies count as cut off).
+QByteArray picture(int seed)
+{
+    return makeJpeg(QSize(60 + seed, 40), true);
+}
+
+// The picture with extra comment segments after its start marker: still a
+// valid JPEG, of about totalSize bytes.
+QByteArray paddedPicture(int totalSize)
+{
+    const QByteArray base = picture(1);
+    QByteArray padded = base.left(2);
+    const QByteArray filler(65533, 'x');
+    while (padded.size() + base.size() < totalSize) {
+        padded += QByteArray("\xFF\xFE\xFF\xFF", 4);
+        padded += filler;
+    }
+    return padded + base.mid(2);
+}
+
+} // namespace
+
+// Mining against a scripted local server: the sequencer, the reply handler,
+// the retry rule, the time-outs and the stop paths, as the user sees them.
+class TransferTest : public QObject {
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void minesSeriesUntilTheGapsTripTheLimit();
+    void limitIsStrictlyGreater_data();
+    void limitIsStrictlyGreater();
+    void outOfRange_data();
+    void outOfRange();
+    void failures_data();
+    void failures();
+    void silentServerTimesOut_data();
+    void silentServerTimesOut();
+    void largeReplyIsKeptWhole();
+    void stopMidBodySendsNothingMore();
+    void quitMidBodyWaitsForTheTransfer();
+    void magazineFiresTheNextSeriesAtTheLimit();
+
+private:
+    // Starts a run at path with the given mask (empty: derived).
+    void start(const QString &path, const QString &mask = QString());
+    std::unique_ptr<fakes::TestSeams> seams;
+    std::unique_ptr<ScriptedHttpServer> server;
+    QPointer<frmMain> w;
+    QStringList statuses;
+};
+
+void TransferTest::init()
+{
+    seams = std::make_unique<fakes::TestSeams>();
+    server = std::make_unique<ScriptedHttpServer>();
+    w = fixture::openMainWindow(*seams);
+    statuses.clear();
+    connect(w->txtStatus, &QLineEdit::textChanged, this, [this](const QString &text) { statuses.append(text); });
+    settings().BeepOK.boolLet(true);
+    w->chkMagEnable->setChecked(false);
+}
+
+void TransferTest::cleanup()
+{
+    if (w) {
+        runState().RunActive = false;
+        w->Unload();
+    }
+    server.reset();
+    seams.reset();
+}
+
+void TransferTest::start(const QString &path, const QString &mask)
+{
+    w->txtAddress->setText(server->url(path));
+    w->txtMask->setText(mask);
+    if (!mask.isEmpty())
+        w->GroupText = QStringLiteral("&&&&*"); // callers pass five-character masks with one counter group
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    QVERIFY(runState().RunActive);
+}
+
+void TransferTest::minesSeriesUntilTheGapsTripTheLimit()
+{
+    settings().IncLimit.LongLet(2);
+    const QList<int> gaps = {5, 12, 13};
+    QMap<int, QByteArray> pictures;
+    for (int n = 1; n <= 20; ++n) {
+        if (gaps.contains(n))
+            continue;
+        pictures[n] = picture(n);
+        server->setScript(QStringLiteral("/s/p%1.jpg").arg(n, 2, 10, QLatin1Char('0')),
+                          HttpScript::reply("image/jpeg", pictures[n]));
+    }
+    start(QStringLiteral("/s/p01.jpg"));
+    QTRY_VERIFY_WITH_TIMEOUT(!runState().RunActive, 20000);
+    // One request a name up to the second of two gaps in a row; a single gap is passed over.
+    QStringList expected;
+    for (int n = 1; n <= 13; ++n)
+        expected << QStringLiteral("/s/p%1.jpg").arg(n, 2, 10, QLatin1Char('0'));
+    QCOMPARE(server->requestLog(), expected);
+    QStringList requested;
+    for (const QString &status : std::as_const(statuses))
+        if (status.startsWith(QLatin1String("Requesting ")))
+            requested << status.mid(11);
+    QStringList expectedUrls;
+    for (const QString &path : std::as_const(expected))
+        expectedUrls << server->url(path);
+    QCOMPARE(requested, expectedUrls);
+    QVERIFY(statuses.contains(QStringLiteral("Failed Request for p05.jpg - File Not Found!")) == false);
+    QCOMPARE(w->txtStatus->text(), QStringLiteral("Enter URL"));
+    QCOMPARE(runState().FailedCalls, 3);
+    QCOMPARE(seams->beeper.beeps, 1);
+    QCOMPARE(fileBytes(fixture::tempFile()), pictures[11]);
+    QVERIFY(w->shpRed->isLit() && !w->shpYellow->isLit());
+    QCOMPARE(w->cmdStart->text(), QStringLiteral("S&TART"));
+}
+
+void TransferTest::limitIsStrictlyGreater_data()
+{
+    QTest::addColumn<int>("failedCalls");
+    QTest::addColumn<bool>("pressedNext");
+    QTest::addColumn<bool>("sent");
+    QTest::newRow("at the limit") << 15 << false << true;
+    QTest::newRow("over the limit") << 16 << false << false;
+    QTest::newRow("over, but NEXT pressed") << 40 << true << true;
+}
+
+void TransferTest::limitIsStrictlyGreater()
+{
+    QFETCH(int, failedCalls);
+    QFETCH(bool, pressedNext);
+    QFETCH(bool, sent);
+    server->setScript(QStringLiteral("/l/a10.jpg"), HttpScript::reply("image/jpeg", picture(3)));
+    w->chkAuto->setChecked(false);
+    start(QStringLiteral("/l/a10.jpg"));
+    QTRY_VERIFY(!runState().RunActive);
+    w->chkAuto->setChecked(true);
+    RunState &run = runState();
+    run.FailedCalls = failedCalls;
+    run.NextPressed = pressedNext;
+    run.RunActive = true;
+    GetNext();
+    QCOMPARE(run.RunActive, sent);
+    if (sent)
+        QTRY_COMPARE(server->totalRequests(), 2);
+    QTest::qWait(50);
+    QCOMPARE(server->totalRequests(), sent ? 2 : 1);
+    if (!sent)
+        QCOMPARE(seams->beeper.beeps, 1);
+}
+
+void TransferTest::outOfRange_data()
+{
+    QTest::addColumn<bool>("limitApplied");
+    QTest::addColumn<QString>("status");
+    QTest::addColumn<int>("beeps");
+    QTest::newRow("limit applied: like the limit") << true << "Enter URL" << 1;
+    QTest::newRow("no limit: the run ends") << false << "Out of Range!" << 0;
+}
+
+void TransferTest::outOfRange()
+{
+    QFETCH(bool, limitApplied);
+    QFETCH(QString, status);
+    QFETCH(int, beeps);
+    settings().LimitApplied.boolLet(limitApplied);
+    server->setScript(QStringLiteral("/o/b01.jpg"), HttpScript::reply("image/jpeg", picture(4)));
+    server->setScript(QStringLiteral("/o/b00.jpg"), HttpScript::reply("image/jpeg", picture(5)));
+    w->txtAddress->setText(server->url(QStringLiteral("/o/b01.jpg")));
+    w->txtMask->clear();
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    w->optBack->setChecked(true);
+    QTRY_VERIFY(!runState().RunActive);
+    QCOMPARE(server->requestLog(), (QStringList{QStringLiteral("/o/b01.jpg"), QStringLiteral("/o/b00.jpg")}));
+    QCOMPARE(w->txtStatus->text(), status);
+    QCOMPARE(seams->beeper.beeps, beeps);
+}
+
+// One call that goes wrong, in manual or auto mode (auto with a limit of one
+// failed call, so that the run ends soon after the retry).
+void TransferTest::failures_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<bool>("autoMode");
+    QTest::addColumn<QString>("status");      // the status when the run has ended; "*" ignores it
+    QTest::addColumn<int>("requestsOfFirst"); // requests of the start address
+    QTest::addColumn<int>("failedCalls");
+    QTest::addColumn<QString>("tempFile");    // "none", "picture" (the exact picture)
+    QTest::newRow("404 page, manual") << "404" << false << "Failed Request for f01.jpg - File Not Found!" << 1 << 2 << "none";
+    QTest::newRow("404 page, auto") << "404" << true << "Enter URL" << 1 << 2 << "none";
+    QTest::newRow("type with charset") << "charset" << false << "Failed Request for f01.jpg - File Not Found!" << 1 << 2 << "none";
+    QTest::newRow("type in capitals") << "capitals" << false << "Failed Request for f01.jpg - File Not Found!" << 1 << 2 << "none";
+    QTest::newRow("no end marker, manual") << "nomarker" << false << "Enter URL" << 1 << 1 << "none";
+    QTest::newRow("no end marker, auto retries") << "nomarker" << true << "Enter URL" << 2 << 2 << "none";
+    QTest::newRow("trailing bytes cut") << "trailing" << false << "Enter URL" << 1 << 1 << "picture";
+    QTest::newRow("cut mid-body, manual") << "cut" << false << "Enter URL" << 1 << 1 << "none";
+    QTest::newRow("cut mid-body, auto retries") << "cut" << true << "Enter URL" << 2 << 2 << "none";
+    QTest::newRow("refused port") << "refused" << true << "icError: Cannot connect - Check Internet Connection!" << 0 << 1 << "none";
+    QTest::newRow("unknown host") << "unknown" << true << "icError: Name not resolved - Check Internet Connection!" << 0 << 1 << "none";
+    QTest::newRow("closed without reply, manual") << "closed" << false << "*" << -1 << 1 << "none";
+}
+
+void TransferTest::failures()
+{
+    QFETCH(QString, kind);
+    QFETCH(bool, autoMode);
+    QFETCH(QString, status);
+    QFETCH(int, requestsOfFirst);
+    QFETCH(int, failedCalls);
+    QFETCH(QString, tempFile);
+    settings().IncLimit.LongLet(1);
+    w->chkAuto->setChecked(autoMode);
+    const QString path = QStringLiteral("/f/f01.jpg");
+    const QByteArray good = picture(7);
+    QString address = server->url(path);
+    if (kind == QStringLiteral("charset"))
+        server->setScript(path, HttpScript::reply("image/jpeg; charset=x", good));
+    else if (kind == QStringLiteral("capitals"))
+        server->setScript(path, HttpScript::reply("IMAGE/JPEG", good));
+    else if (kind == QStringLiteral("nomarker"))
+        server->setScript(path, HttpScript::reply("image/jpeg", good.chopped(2)));
+    else if (kind == QStringLiteral("trailing"))
+        server->setScript(path, HttpScript::reply("image/jpeg", good + QByteArray(300, 'T')));
+    else if (kind == QStringLiteral("cut"))
+        server->setScript(path, HttpScript::reply("image/jpeg", good).cutShortAt(good.size() / 2));
+    else if (kind == QStringLiteral("closed"))
+        server->setScript(path, HttpScript::closeWithoutReply());
+    else if (kind == QStringLiteral("refused"))
+        address = QStringLiteral("http://127.0.0.1:1/f/f01.jpg");
+    else if (kind == QStringLiteral("unknown"))
+        address = QStringLiteral("http://tolmara-test.invalid/f/f01.jpg");
+    w->txtAddress->setText(address);
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(!runState().RunActive, 10000);
+    if (status != QStringLiteral("*"))
+        QCOMPARE(w->txtStatus->text(), status);
+    if (requestsOfFirst >= 0)
+        QCOMPARE(server->requestCount(path), requestsOfFirst);
+    QCOMPARE(runState().FailedCalls, failedCalls);
+    if (autoMode && requestsOfFirst == 2)
+        QVERIFY(statuses.contains(QStringLiteral("Repeating ") + address));
+    QCOMPARE(fileBytes(fixture::tempFile()), tempFile == QStringLiteral("picture") ? good : QByteArray());
+    QTest::qWait(100);
+    QVERIFY(!runState().RunActive);
+}
+
+void TransferTest::silentServerTimesOut_data()
+{
+    QTest::addColumn<bool>("autoMode");
+    QTest::newRow("manual") << false;
+    QTest::newRow("auto") << true;
+}
+
+void TransferTest::silentServerTimesOut()
+{
+    QFETCH(bool, autoMode);
+    settings().TimeOut.LongLet(1);
+    settings().IncLimit.LongLet(1);
+    w->chkAuto->setChecked(autoMode);
+    const QString path = QStringLiteral("/t/q01.jpg");
+    server->setScript(path, HttpScript::neverReply());
+    server->setScript(QStringLiteral("/t/q02.jpg"), HttpScript::neverReply());
+    start(path);
+    QTRY_VERIFY_WITH_TIMEOUT(!runState().RunActive, 15000);
+    // Either the window's own time-out or the transfer's ends the call.
+    if (!autoMode) {
+        const QString shown = w->txtStatus->text();
+        QVERIFY2(shown == QStringLiteral("Failed Request for q01.jpg - icError: Request Timeout")
+                     || shown == QStringLiteral("icError: Request timed out"),
+                 qPrintable(shown));
+        QCOMPARE(server->requestCount(path), 1);
+    } else {
+        QCOMPARE(server->requestCount(path), 2);
+        QVERIFY(statuses.contains(QStringLiteral("Repeating ") + server->url(path)));
+    }
+    QVERIFY(!fixture::tempFile().isEmpty() && !QFile::exists(fixture::tempFile()));
+}
+
+void TransferTest::largeReplyIsKeptWhole()
+{
+    const QByteArray big = paddedPicture(30 * 1024 * 1024);
+    server->setScript(QStringLiteral("/b/big01.jpg"), HttpScript::reply("image/jpeg", big));
+    settings().BiteSize.IntLet(8192);
+    w->chkAuto->setChecked(false);
+    start(QStringLiteral("/b/big01.jpg"));
+    QTRY_VERIFY_WITH_TIMEOUT(!runState().RunActive, 60000);
+    QCOMPARE(w->txtStatus->text(), QStringLiteral("Enter URL"));
+    QCOMPARE(fileBytes(fixture::tempFile()), big);
+    QVERIFY(runState().SaveAvailable);
+}
+
+void TransferTest::stopMidBodySendsNothingMore()
+{
+    const QByteArray good = picture(9);
+    server->setScript(QStringLiteral("/d/d01.jpg"),
+                      HttpScript::reply("image/jpeg", good).withDrip(good.size() / 10 + 1, 100));
+    start(QStringLiteral("/d/d01.jpg"));
+    QTRY_COMPARE(server->totalRequests(), 1);
+    QTest::qWait(300);
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    QCOMPARE(w->txtStatus->text(), QStringLiteral("Cancelling Request - Please wait!"));
+    QTRY_VERIFY_WITH_TIMEOUT(w->txtStatus->text().startsWith(QLatin1String("Stopped at ")), 5000);
+    QCOMPARE(w->txtStatus->text(), QStringLiteral("Stopped at  ") + server->url(QStringLiteral("/d/d01.jpg")));
+    QTest::qWait(500);
+    QCOMPARE(server->totalRequests(), 1);
+    QVERIFY(!QFile::exists(fixture::tempFile()));
+}
+
+void TransferTest::quitMidBodyWaitsForTheTransfer()
+{
+    const QByteArray good = picture(10);
+    server->setScript(QStringLiteral("/q/e01.jpg"),
+                      HttpScript::reply("image/jpeg", good).withDrip(good.size() / 8 + 1, 100));
+    start(QStringLiteral("/q/e01.jpg"));
+    QTRY_COMPARE(server->totalRequests(), 1);
+    QTest::qWait(200);
+    QTest::mouseClick(w->cmdQuit, Qt::LeftButton);
+    QCOMPARE(w->windowTitle(), QStringLiteral("Shutting Down!"));
+    QVERIFY(!w.isNull());
+    QTRY_VERIFY_WITH_TIMEOUT(w.isNull(), 5000);
+    QTest::qWait(300);
+    QCOMPARE(server->totalRequests(), 1);
+}
+
+void TransferTest::magazineFiresTheNextSeriesAtTheLimit()
+{
+    settings().IncLimit.LongLet(1);
+    w->chkMagEnable->setChecked(true);
+    MagazineArrays &m = magazine();
+    m.Round.strLet(0, server->url(QStringLiteral("/g/two05.jpg")));
+    m.Mask.strLet(0, QStringLiteral("00011"));
+    m.Group.strLet(0, QStringLiteral("&&&**"));
+    m.Direct.boolLet(0, false);
+    m.Round.strLet(1, server->url(QStringLiteral("/g/three1.jpg")));
+    m.MagRowCount = 2;
+    server->setScript(QStringLiteral("/g/one01.jpg"), HttpScript::reply("image/jpeg", picture(11)));
+    server->setScript(QStringLiteral("/g/two05.jpg"), HttpScript::reply("image/jpeg", picture(12)));
+    server->setScript(QStringLiteral("/g/two04.jpg"), HttpScript::reply("image/jpeg", picture(13)));
+    start(QStringLiteral("/g/one01.jpg"));
+    QTRY_VERIFY_WITH_TIMEOUT(server->requestLog().contains(QStringLiteral("/g/three1.jpg")), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(!runState().RunActive, 10000);
+    // Each series ends at its first gap; the second shot has no mask and gets one derived.
+    QCOMPARE(server->requestLog(), (QStringList{QStringLiteral("/g/one01.jpg"), QStringLiteral("/g/one02.jpg"),
+                                                QStringLiteral("/g/two05.jpg"), QStringLiteral("/g/two04.jpg"),
+                                                QStringLiteral("/g/two03.jpg"), QStringLiteral("/g/three1.jpg")}));
+    QCOMPARE(w->txtMask->text(), QStringLiteral("000001"));
+    QCOMPARE(m.MagRowCount, qint16(0));
+    QVERIFY(m.Round.strGet(0).isEmpty());
+    QCOMPARE(w->cmdLoadMag->text(), QStringLiteral("Magazine"));
+    QVERIFY(w->optFoward->isChecked()); // the last shot went forward
+}
+
+TOLMARA_REGISTER_TEST(TransferTest)
+#include "tst_transfer.moc"
