@@ -16,7 +16,7 @@
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QFile>
-#include <QSaveFile>
+#include <QElapsedTimer>
 #include <QTimer>
 
 namespace {
@@ -29,6 +29,23 @@ void arm(QTimer *timer, qint32 milliseconds)
     timer->setInterval(milliseconds);
     if (milliseconds > 0)
         timer->start();
+}
+
+// Bodies up to this size get their buffer in one piece.
+constexpr qsizetype MaxReservedBody = 256 * 1024 * 1024;
+
+void processEventsNow(QElapsedTimer &since)
+{
+    QCoreApplication::processEvents();
+    since.restart();
+}
+
+// Between chunks the window stays live: timers tick and buttons answer at
+// least every few milliseconds, without paying for an event pass per chunk.
+void processEventsSoon(QElapsedTimer &since)
+{
+    if (since.elapsed() >= 4)
+        processEventsNow(since);
 }
 
 void enable(QTimer *timer)
@@ -134,16 +151,23 @@ QByteArray frmMain::readBody()
 {
     const int chunkSize = settings().BiteSize.IntGet();
     QByteArray buffer(1, '\0');
+    // Room for the whole body at once when the server says how long it is.
+    bool announced = false;
+    const qsizetype length = Inet1->GetHeader(QStringLiteral("Content-Length")).toLongLong(&announced);
+    if (announced && length > 1 && length <= MaxReservedBody)
+        buffer.reserve(length);
+    QElapsedTimer sinceEvents;
+    sinceEvents.start();
     QByteArray chunk = Inet1->GetChunk(chunkSize, 1);
-    QCoreApplication::processEvents();
+    processEventsNow(sinceEvents);
     int count = 0;
     while (!chunk.isEmpty() && runState().RunActive && TransferLive) {
         if (buffer.size() == 1)
-            buffer = chunk;
+            buffer.replace(0, 1, chunk); // the first chunk takes the placeholder's place
         else
             buffer.append(chunk);
         chunk = Inet1->GetChunk(chunkSize, 1);
-        QCoreApplication::processEvents();
+        processEventsSoon(sinceEvents);
         count += chunkSize;
         if (count == 4 * chunkSize) {
             BlinkYellow();
@@ -173,6 +197,7 @@ bool frmMain::storePicture(QByteArray &buffer)
         QFile::remove(run.TempFilePath);
         if (!writeTempFile(buffer))
             return false;
+        emit pictureStored();
         run.SaveAvailable = true;
         run.StatusVerb = QStringLiteral("Requesting ");
         run.Repeating = false;
@@ -189,16 +214,44 @@ bool frmMain::storePicture(QByteArray &buffer)
     return true;
 }
 
-// Writes the picture whole or not at all (a crash mid-write leaves the old
-// file). On failure the user may retry or give up, which stops the run.
+namespace {
+
+// Writes the picture beside its name and renames it into place, so the name
+// never holds part of a picture. Returns the fault's description, or empty
+// text on success. (The temporary file is not synced to disk: it is only
+// ever read back by this run.)
+QString writeWhole(const QString &path, const QByteArray &picture)
+{
+    const QString part = path + QStringLiteral(".part");
+    QFile file(part);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(picture) != picture.size()
+        || !file.flush()) {
+        const QString why = file.errorString();
+        file.close();
+        QFile::remove(part);
+        return why;
+    }
+    file.close();
+    QFile::remove(path);
+    if (!file.rename(path)) {
+        QFile::remove(part);
+        return file.errorString();
+    }
+    return QString();
+}
+
+} // namespace
+
+// Writes the picture whole or not at all. On failure the user may retry or
+// give up, which stops the run.
 bool frmMain::writeTempFile(const QByteArray &picture)
 {
     for (;;) {
-        QSaveFile file(runState().TempFilePath);
-        if (file.open(QIODevice::WriteOnly) && file.write(picture) == picture.size() && file.commit())
+        const QString fault = writeWhole(runState().TempFilePath, picture);
+        if (fault.isEmpty())
             return true;
         const platform::Answer answer =
-            platform::msgBox(QStringLiteral("File Write Error: ") + file.errorString(), QStringLiteral("File Error"),
+            platform::msgBox(QStringLiteral("File Write Error: ") + fault, QStringLiteral("File Error"),
                              platform::Icon::Critical, platform::Buttons::RetryCancel);
         if (answer != platform::Answer::Retry) {
             StopTransfer();
