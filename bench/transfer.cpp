@@ -36,12 +36,12 @@ QByteArray paddedPicture(qsizetype totalSize)
     QByteArray padded = base.left(2);
     const QByteArray filler(65533, 'x');
     while (padded.size() + base.size() + 65537 < totalSize) {
-        padded += QByteArray("\xFF\xFE\xFF\xFF", 4);
+        padded += QByteArray("\xFF\xEF\xFF\xFF", 4);
         padded += filler;
     }
     const qsizetype rest = totalSize - padded.size() - base.size() - 4;
     if (rest > 0) {
-        padded += QByteArray("\xFF\xFE", 2);
+        padded += QByteArray("\xFF\xEF", 2);
         padded += char((rest + 2) >> 8);
         padded += char((rest + 2) & 0xFF);
         padded += QByteArray(rest, 'y');

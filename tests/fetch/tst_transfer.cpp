@@ -30,7 +30,7 @@ QByteArray picture(int seed)
     return makeJpeg(QSize(60 + seed, 40), true);
 }
 
-// The picture with extra comment segments after its start marker: still a
+// The picture with extra application segments after its start marker: still a
 // valid JPEG, of about totalSize bytes.
 QByteArray paddedPicture(int totalSize)
 {
@@ -38,7 +38,7 @@ QByteArray paddedPicture(int totalSize)
     QByteArray padded = base.left(2);
     const QByteArray filler(65533, 'x');
     while (padded.size() + base.size() < totalSize) {
-        padded += QByteArray("\xFF\xFE\xFF\xFF", 4);
+        padded += QByteArray("\xFF\xEF\xFF\xFF", 4);
         padded += filler;
     }
     return padded + base.mid(2);
