@@ -1,0 +1,273 @@
+// The URL and mask engine: one table of calls, their results and the exact
+// boxes they show, and invariants over a few hundred thousand random inputs.
+
+#include "app/bug_alert.h"
+#include "engine/ModFunct.h"
+#include "support/fakes.h"
+#include "support/test_main.h"
+
+#include <QHash>
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <algorithm>
+#include <functional>
+#include <numeric>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString flag(bool value) { return value ? u"true"_s : u"false"_s; }
+
+// size bytes ending with the marker FF D9 and `after` more bytes, with a second
+// marker ten bytes further from the end that must not be the one found.
+QByteArray markedBuffer(int size, int after)
+{
+    QByteArray buffer(size, '\xD9');
+    buffer.replace(size - after - 12, 2, "\xFF\xD9");
+    buffer.replace(size - after - 2, 2, "\xFF\xD9");
+    return buffer;
+}
+
+#define OP(name, ...) {QStringLiteral(#name), [](const QStringList &a) { return __VA_ARGS__; }}
+
+// Calls an operation by name, numbers and flags given as texts. A fault that
+// leaves the operation comes back as "Fault: " and its description.
+QString callEngine(const QString &call, const QStringList &a)
+{
+    static const QHash<QString, std::function<QString(const QStringList &)>> operations = {
+        OP(sIsValidURLb, flag(sIsValidURLb(a[0]))),
+        OP(sIsValidExtJPGb, flag(sIsValidExtJPGb(a[0]))),
+        OP(sRetFNames, sRetFNames(a[0], a[1])),
+        OP(sRetPaths, sRetPaths(a[0])),
+        OP(sParseExts, sParseExts(a[0])),
+        OP(sTrimExtensions, sTrimExtensions(a[0])),
+        OP(isAllDigits, flag(isAllDigits(a[0]))),
+        OP(baTailLen, QString::number(baTailLen(markedBuffer(a[0].toInt(), a[1].toInt())))),
+        OP(isCompressStrings, isCompressStrings(a[0].toShort(), a[1])),
+        OP(sCompressPaths, sCompressPaths(a[0])),
+        OP(sFitPath, sFitPath(a[0])),
+        OP(sDeriveMasks, sDeriveMasks(a[0], a[1] == u"true"_s)),
+        OP(sMaskToDirections, sMaskToDirections(a[0])),
+        OP(sMaskToGroups, sMaskToGroups(a[0])),
+        OP(bIsValidMask, flag(bIsValidMask(a[0], a[1], a[2]))),
+        OP(sStepGroup, sStepGroup(a[0], a[1].toShort(), true)),
+        OP(sStepLetter, sStepLetter(a[0], a[1].toShort(), a[2] == u"true"_s)),
+        OP(sStepNumber, sStepNumber(a[0], a[1].toInt(), a[2] == u"true"_s)),
+        OP(sStepGroups, sStepGroups(a[0], a[1], a[2], a[3].toShort(), a[4] == u"true"_s)),
+    };
+    try {
+        return operations.value(call)(a);
+    } catch (const Fault &f) {
+        return u"Fault: "_s + f.description();
+    }
+}
+
+// A row whose tag is the call as written; box is the one box the call shows,
+// as "title|text", empty for none.
+void row(const char *call, std::initializer_list<const char *> args, const char *expected, const QString &box = {})
+{
+    QStringList list;
+    for (const char *arg : args)
+        list.append(QString::fromUtf8(arg));
+    const QString tag = QString::fromLatin1(call) + u'(' + list.join(u',') + u')';
+    QTest::addRow("%s", qPrintable(tag)) << QString::fromLatin1(call) << list << QString::fromUtf8(expected) << box;
+}
+
+// The Bug Alert for a fault in procedure, as "title|text".
+QString bug(const char *procedure)
+{
+    return u"Bug Alert!|This unhandled error (bug) has occurred in "_s + QString::fromLatin1(procedure)
+        + u":\r\nInvalid procedure call or argument\r\n"
+          u"By reporting this message, you will help to correct this issue in future releases."_s;
+}
+
+} // namespace
+
+class EngineTest : public QObject {
+    Q_OBJECT
+private slots:
+    void calls_data();
+    void calls();
+    void clockAndBytes();
+    void randomInvariants();
+};
+
+void EngineTest::calls_data()
+{
+    QTest::addColumn<QString>("call");
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<QString>("box");
+    const QString pointer = u"\r\n\r\nThe 'SETTING MASK' section in Tolmara.doc/rtf can "_s;
+    const QString url = u"Sorry!  Invalid URL|URL's generally start with \"HTTP://\"\r\n"
+                        u"And end with \".jpg\" or \".jpeg\"\r\nAnd have a file name of at least one character!"_s;
+    const QString uneven = u"Hold On There!  Uneven Mask|The mask length wants to be the same as file length."_s
+        + pointer + u"explain this better."_s;
+    const QString mixed = u"Ouch!  Mixed Mask Within Group|A Group of Masked characters should be either:\r\n\r\n"
+                          u"A single alphabetical character or all numerical characters"_s
+        + pointer + u"explain this more detail."_s;
+    const QString characters = u"What's This?  Invalid Mask Characters|"
+                               u"Only zeros or ones function as mask characters!"_s + pointer + u"shed more light on this."_s;
+    // Addresses and names
+    row("sIsValidURLb", {"HtTp://a.JpEg"}, "true");
+    row("sIsValidURLb", {"http://a.jpg"}, "false", url);
+    row("sIsValidURLb", {" http://host/x.jpg"}, "false", url);
+    row("sIsValidURLb", {""}, "false", url);
+    row("sIsValidExtJPGb", {"x.jpg.jpeg"}, "false");
+    row("sIsValidExtJPGb", {"x.jpeg.jpg"}, "false");
+    row("sIsValidExtJPGb", {"straße.jpg"}, "true");
+    row("sRetFNames", {"http://a/b/", "/"}, "");
+    row("sRetFNames", {"abc", "/"}, "error");
+    row("sRetFNames", {"", "/"}, "error", bug("Function sRetFNames"));
+    row("sRetPaths", {"http://a/b/pic.jpg"}, "http://a/b/");
+    row("sParseExts", {"a.b.jpg"}, ".jpg");
+    row("sTrimExtensions", {".jpg"}, "error");
+    row("sTrimExtensions", {"readme"}, "readme");
+    row("isAllDigits", {""}, "true");
+    row("isAllDigits", {"\u0663"}, "false");
+    // Buffers, shortened texts and paths
+    row("baTailLen", {"1024", "0"}, "-1");
+    row("baTailLen", {"1025", "0"}, "0");
+    row("baTailLen", {"2000", "499"}, "499");
+    row("baTailLen", {"2000", "500"}, "-1");
+    row("isCompressStrings", {"40", "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWX"},
+        "abcdefghijklmnopqr...GHIJKLMNOPQRSTUVWX");
+    row("isCompressStrings", {"22", "abcdefghijklmnopqrstuvw"}, "abcdefghijklmnopqr...");
+    row("isCompressStrings", {"21", "abcdefghijklmnopqrstu"}, "abcdefghijklmnopqrstu");
+    row("isCompressStrings", {"21", "abcdefghijklmnopqrstuv"}, "abcdefghijklmnopqrstuv", bug("Function isCompressStrings"));
+    row("sCompressPaths", {"C:\\a:b\\c"}, "C:\\c");
+    row("sCompressPaths", {"\\a:b"}, "\\a:b", bug("sCompressPaths"));
+    row("sFitPath", {"C:\\Program Files\\Tolmara\\OemSv"}, "C:\\Program Files\\Tolmara\\OemSv");
+    row("sFitPath", {"C:\\Program Files\\Tolmara\\OemSvx"}, "C:\\..\\..\\OemSvx");
+#ifndef Q_OS_WIN
+    row("sFitPath", {"/home/ann/Pictures/Tolmara/OemSave"}, "/../../../../OemSave");
+    row("sCompressPaths", {"/a/b/"}, "/../../");
+#endif
+    // Masks and groups
+    row("sDeriveMasks", {"http://a/photo12345678.jpg", "false"}, "0000001111111");
+    row("sDeriveMasks", {"http://a/img_.jpg", "false"}, "0001");
+    row("sDeriveMasks", {"http://h/d/error.jpg", "false"}, "00001");
+    row("sDeriveMasks", {"ab12/", "true"}, "00111");
+    row("sDeriveMasks", {"12/3", "true"}, "0001");
+    row("sDeriveMasks", {"pic007.jpg", "false"}, "error");
+    row("sDeriveMasks", {"http://h/d/.jpg", "false"}, "error", bug("Function sDeriveMasks"));
+    row("sMaskToDirections", {"0-1+"}, "0-++");
+    row("sMaskToGroups", {"0110110"}, "*&&*&&*");
+    row("sMaskToGroups", {"1+"}, "&*");
+    row("bIsValidMask", {"pic007", "000+++", "&&&***"}, "true");
+    row("bIsValidMask", {"shotB12", "0000+++", "****&**"}, "true");
+    row("bIsValidMask", {"pic007", "111+++", "&&&***"}, "true");
+    row("bIsValidMask", {"pic007", "00+++", "&&&***"}, "false", uneven);
+    row("bIsValidMask", {"pic007", "00++++", "&&****"}, "false", mixed);
+    row("bIsValidMask", {"é", "+", "*"}, "false", mixed);
+    row("bIsValidMask", {"pic007", "00012+", "&&&***"}, "false", characters);
+    row("bIsValidMask", {"", "x", "*"}, "false");
+    row("bIsValidMask", {"pic007", "000-+-", "&&&***"}, "false");
+    row("bIsValidMask", {"pic007", "000+++", "&&&**&"}, "false");
+    // Counter stepping
+    row("sStepGroups", {"pic007", "000111", "&&&***", "5", "true"}, "pic012");
+    row("sStepGroups", {"pic007", "000+++", "&&&***", "-8", "true"}, "Out of Range");
+    row("sStepGroups", {"pic007", "000+++", "&&&***", "993", "true"}, "pic1000");
+    row("sStepGroups", {"pic007", "000+++", "&&&***", "1", "false"}, "pic006");
+    row("sStepGroups", {"pic007", "000-++", "&&&***", "1", "true"}, "pic006");
+    row("sStepGroups", {"pic40000", "000+++++", "&&&*****", "-32768", "true"}, "pic07232");
+    row("sStepGroups", {"shotB12", "0000+++", "****&**", "1", "true"}, "shotC13");
+    row("sStepGroups", {"pic09", "000++", "***&*", "1", "true"}, "pic110");
+    row("sStepGroups", {"Z9", "++", "&*", "1", "true"}, "Out of Range");
+    row("sStepGroups", {"0000000000000", "+++++++++++++", "*************", "-1", "true"}, "0Out of Range");
+    row("sStepGroups", {"pic007", "000+++", "", "1", "true"}, "Fault: Invalid procedure call or argument");
+    row("sStepGroups", {"pic007", "000---", "&&&***", "-32768", "true"}, "Fault: Overflow");
+    row("sStepGroup", {"_", "1"}, "1");
+    row("sStepNumber", {"05", "5", "false"}, "00");
+    row("sStepNumber", {"abc", "3", "true"}, "003");
+    row("sStepNumber", {"2147483647", "1", "true"}, "Out of Range");
+    row("sStepNumber", {"99999999999999999999", "1", "true"}, "Out of Range");
+    row("sStepLetter", {"Z", "1", "true"}, "Out of Range");
+    row("sStepLetter", {"Z", "7", "true"}, "a");
+    row("sStepLetter", {"z", "-32", "true"}, "Out of Range");
+    row("sStepLetter", {"`", "1", "true"}, "a");
+}
+
+void EngineTest::calls()
+{
+    QFETCH(QString, call);
+    QFETCH(QStringList, args);
+    QFETCH(QString, box);
+    fakes::TestSeams seams;
+    seams.boxes.answerAll(platform::Answer::Ok);
+    QTEST(callEngine(call, args), "expected");
+    QStringList shown;
+    for (const platform::MessageBoxRequest &request : seams.boxes.shown()) {
+        QVERIFY(request.icon == platform::Icon::Exclamation && request.buttons == platform::Buttons::Ok);
+        shown.append(request.title + u'|' + request.text);
+    }
+    QCOMPARE(shown, box.isEmpty() ? QStringList() : QStringList{box});
+}
+
+void EngineTest::clockAndBytes()
+{
+    fakes::TestSeams seams;
+    seams.clock.time = QDateTime(QDate(2025, 11, 15), QTime(14, 5, 9));
+    QCOMPARE(sTimeStamp(), u"15Nov-14_5$9"_s);
+    QByteArray all(256, '\0');
+    std::iota(all.begin(), all.end(), '\0');
+    const QString text = sBytesToString(all);
+    QVERIFY(text.size() == 256 && std::equal(text.cbegin(), text.cend(), all.cbegin(), [](QChar c, char b) {
+                return c.unicode() == uchar(b);
+            }));
+    QCOMPARE(sStepNumber(QString(400, u'9'), 1, true), OutOfRangeText); // beyond any double
+#ifndef Q_OS_WIN
+    QCOMPARE(sWindowsDir(), u"/etc"_s);
+#endif
+}
+
+// A text of random length from the characters of alphabet.
+static QString randomText(QRandomGenerator &rng, const QString &alphabet, int minLength, int maxLength)
+{
+    QString text(rng.bounded(minLength, maxLength + 1), QChar());
+    for (QChar &c : text)
+        c = alphabet.at(rng.bounded(int(alphabet.size())));
+    return text;
+}
+
+void EngineTest::randomInvariants()
+{
+    fakes::TestSeams seams; // a box would fail the test
+    QRandomGenerator rng(20240607);
+    const QString digits = u"0123456789"_s, counters = digits + u"abcxyzABCXYZ"_s;
+    const QString mixed = counters + u"_- \u00e9\u00df\u0663"_s + QChar(0) + QChar(0xD800);
+    for (int round = 0; round < 300000; ++round) {
+        // A digit counter between fixed texts steps there and back; the fixed texts stay.
+        const QString head = randomText(rng, mixed, 0, 4), tail = randomText(rng, mixed, 0, 3);
+        const QString start = randomText(rng, digits, 1, 9);
+        const QChar way = rng.bounded(2) ? u'+' : u'-';
+        const auto step = [&](const QString &counter, int amount) {
+            const QString directions = QString(head.size(), u'0') + QString(counter.size(), way) + QString(tail.size(), u'0');
+            return sStepGroups(head + counter + tail, directions, sMaskToGroups(directions), qint16(amount), true);
+        };
+        const int amount = rng.bounded(-32767, 32768);
+        const QString there = step(start, amount);
+        if (there != OutOfRangeText) {
+            const QString counter = there.mid(head.size(), there.size() - head.size() - tail.size());
+            QVERIFY2(there.startsWith(head) && there.endsWith(tail) && counter.size() >= start.size(), qPrintable(there));
+            QCOMPARE(step(counter, -amount), head + start.rightJustified(counter.size(), u'0') + tail);
+        }
+        // Any mask: one group per run of equal characters, the last one "*".
+        const QString mask = randomText(rng, mixed + u"01+-"_s, 1, 20), groups = sMaskToGroups(mask);
+        QVERIFY2(groups.size() == mask.size() && bGroupCharsOK(groups), qPrintable(mask));
+        for (qsizetype p = 0; p + 1 < mask.size(); ++p)
+            QVERIFY2((mask.at(p) == mask.at(p + 1)) == (groups.at(p) == groups.at(p + 1)), qPrintable(mask));
+        // The mask derived for a name ending in a letter or digit passes validation.
+        const QString name = randomText(rng, mixed, 0, 12) + randomText(rng, counters, 1, 1);
+        const QString derived = sDeriveMasks(u"http://h/d/"_s + name + u".jpg"_s, false);
+        QVERIFY2(derived == sDeriveMasks(name, true)
+                     && bIsValidMask(name, sMaskToDirections(derived), sMaskToGroups(derived)),
+                 qPrintable(name));
+    }
+}
+
+TOLMARA_TEST_MAIN(EngineTest)
+
+#include "tst_engine.moc"
