@@ -45,7 +45,7 @@ const QString Alphabet = QStringLiteral("01+-*&/.\\:aZz9_ http://x.jpgJPEG\u00e9
 QString takeText(FuzzedDataProvider &in)
 {
     const int shape = in.ConsumeIntegralInRange(0, 2);
-    const std::string bytes = in.ConsumeRandomLengthString(80);
+    const std::string bytes = in.ConsumeRandomLengthString(4096);
     QString text;
     for (size_t i = 0; i < bytes.size(); ++i) {
         const auto byte = static_cast<unsigned char>(bytes[i]);
