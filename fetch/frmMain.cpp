@@ -202,6 +202,7 @@ void frmMain::Form_Load()
 
     const ScreenProfile &profile = screenProfile();
     ScaleForm(this, profile.ScaleFactor, true);
+    setFixedSize(size()); // laid out control by control: it does not stretch
     SetFormFontSize(this, profile.FontSizeMedium);
     SetArrayFontSize({cmdStart}, profile.FontSizeLarge);
     if (const QScreen *screen = QGuiApplication::primaryScreen())
