@@ -37,6 +37,20 @@ QString readOnlyRefusal(const QString &destination)
     return QCoreApplication::translate("QSaveFile", "Existing file %1 is not writable").arg(destination);
 }
 
+// Writes all of data; a short write goes on with the rest, so that a failure
+// is reported with its cause.
+bool writeAll(QSaveFile &out, const char *data, qint64 size)
+{
+    while (size > 0) {
+        const qint64 written = out.write(data, size);
+        if (written <= 0)
+            return false;
+        data += written;
+        size -= written;
+    }
+    return true;
+}
+
 bool saveIsDue(const frmMain &w)
 {
     return (w.chkAuto->isChecked() && settings().SaveFullAuto.boolGet()) || runState().SavePressed;
@@ -101,7 +115,7 @@ QString copyWhole(const QString &source, const QString &destination)
             return in.errorString();
         if (got == 0)
             break;
-        if (out.write(block.constData(), got) != got)
+        if (!writeAll(out, block.constData(), got))
             return out.errorString();
     }
     if (!out.commit())
