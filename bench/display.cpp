@@ -1,0 +1,113 @@
+// How long a picture takes from the temporary file to the screen, beside
+// what decoding the same file alone takes.
+//
+//   QT_QPA_PLATFORM=offscreen bench_display [width height [rounds]]
+
+#include "fetch/frmMain.h"
+#include "fetch/modfrmMain.h"
+#include "fetch/run_state.h"
+#include "platform/seams.h"
+
+#include <QApplication>
+#include <QBuffer>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QImage>
+#include <QImageReader>
+#include <QLabel>
+#include <QPainter>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+
+namespace {
+
+// A camera-like picture: smooth shading with fine noise, so that the JPEG
+// has the size and the decoding work of a real photograph.
+QByteArray photo(QSize size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    QRandomGenerator random(7);
+    for (int y = 0; y < size.height(); ++y) {
+        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
+        for (int x = 0; x < size.width(); ++x) {
+            const int noise = int(random.bounded(24));
+            line[x] = qRgb((x * 255 / size.width() + noise) & 255, (y * 255 / size.height() + noise) & 255,
+                           (x + y + noise) & 255);
+        }
+    }
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    image.save(&buffer, "JPEG", 90);
+    return bytes;
+}
+
+// The median of rounds timings of work, in milliseconds.
+double medianMs(int rounds, const std::function<void()> &work)
+{
+    QList<double> times;
+    for (int i = 0; i < rounds; ++i) {
+        QElapsedTimer clock;
+        clock.start();
+        work();
+        times.append(double(clock.nsecsElapsed()) / 1e6);
+    }
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
+
+class QuietBoxes : public platform::MessageBoxes {
+public:
+    platform::Answer show(const platform::MessageBoxRequest &request) override
+    {
+        std::fprintf(stderr, "message box: %s\n", qPrintable(request.text));
+        return platform::Answer::Ok;
+    }
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    const QStringList args = app.arguments();
+    const QSize size(args.size() > 2 ? args[1].toInt() : 4000, args.size() > 2 ? args[2].toInt() : 3000);
+    const int rounds = args.size() > 3 ? args[3].toInt() : 15;
+    QuietBoxes boxes;
+    platform::install(&boxes);
+
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("TmpBench1.jpg"));
+    const QByteArray jpeg = photo(size);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(jpeg) != jpeg.size())
+        return 1;
+    file.close();
+
+    frmMain window;
+    window.show();
+    RunState &run = runState();
+    run.TempFilePath = path;
+    run.CurrentFileName = QStringLiteral("bench.jpg");
+    ShowPic(true); // warms up the decoder and the window
+    QCoreApplication::processEvents();
+
+    const double decode = medianMs(rounds, [&] {
+        QImage image;
+        image.load(path, "JPEG");
+    });
+    const double shown = medianMs(rounds, [&] {
+        ShowPic(true);
+        window.framLarge->repaint();
+    });
+    std::printf("picture %dx%d, %lld bytes, median of %d rounds\n", size.width(), size.height(),
+                static_cast<long long>(jpeg.size()), rounds);
+    std::printf("  QImage decoding alone          %8.1f ms\n", decode);
+    std::printf("  temporary file to the screen   %8.1f ms  (%.2fx)\n", shown, shown / decode);
+    std::printf("  picture box shows %dx%d\n", window.pictMain->pixmap().width(), window.pictMain->pixmap().height());
+    return 0;
+}
