@@ -14,9 +14,10 @@
 
 namespace {
 
-// A picture needing more memory than this (in MiB) is not decoded: a
-// 12000 x 12000 picture would take 550 MiB.
-constexpr int PictureMemoryLimit = 256;
+// A picture needing more memory than this (in MiB) is not decoded. That
+// still takes a 130-megapixel photograph, but not a 12000 x 12000 picture
+// (550 MiB), which would leave the program short of memory.
+constexpr int PictureMemoryLimit = 512;
 
 QString shownPicturePath;
 

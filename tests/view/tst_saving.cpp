@@ -144,16 +144,15 @@ void SavingTest::decision()
     run.SavePressed = pressed;
     w->chkAuto->setChecked(autoChecked);
     settings().SaveFullAuto.boolLet(fullAuto);
-    for (QWidget *control : {static_cast<QWidget *>(w->cmdNext), static_cast<QWidget *>(w->cmdSave),
-                             static_cast<QWidget *>(w->cmdSkip), static_cast<QWidget *>(w->txtIncrement)})
+    const QList<QWidget *> handControls = {w->cmdNext, w->cmdSave, w->cmdSkip, w->txtIncrement};
+    for (QWidget *control : handControls)
         control->setEnabled(false);
 
     SaveFile();
 
     QCOMPARE(viewtest::filesIn(fixture::saveDir(seams)).size(), saved ? 1 : 0);
     QCOMPARE(run.SavedCount, saved ? 1 : 0);
-    for (QWidget *control : {static_cast<QWidget *>(w->cmdNext), static_cast<QWidget *>(w->cmdSave),
-                             static_cast<QWidget *>(w->cmdSkip), static_cast<QWidget *>(w->txtIncrement)})
+    for (QWidget *control : handControls)
         QCOMPARE(control->isEnabled(), buttonsEnabled);
     // SaveFile leaves both flags to the sequencer.
     QCOMPARE(run.SavePressed, pressed);
