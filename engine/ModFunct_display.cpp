@@ -99,7 +99,8 @@ QString sFitPath(const QString &path) { return path.size() > 30 ? sCompressPaths
 QString sTimeStamp()
 {
     const QDateTime now = platform::clock().now();
-    const QString month = QLocale::c().monthName(now.date().month(), QLocale::ShortFormat);
+    // The month as the user's locale abbreviates it.
+    const QString month = QLocale().monthName(now.date().month(), QLocale::ShortFormat);
     return QString::number(now.date().day()) + month + QLatin1Char('-') + QString::number(now.time().hour())
         + QLatin1Char('_') + QString::number(now.time().minute()) + QLatin1Char('$')
         + QString::number(now.time().second());

@@ -5,6 +5,7 @@
 // TOLMARA_TEST_MAIN(ClassA, ClassB).
 
 #include <QApplication>
+#include <QLocale>
 #include <QTest>
 
 #include <functional>
@@ -28,6 +29,7 @@ template <typename... TestClass>
 int runTestClasses(int argc, char **argv)
 {
     QApplication app(argc, argv);
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); // month names in file names
     return (0 + ... + runTestClass<TestClass>(argc, argv));
 }
 

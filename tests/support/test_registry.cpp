@@ -1,5 +1,6 @@
 #include "support/test_main.h"
 
+#include <QLocale>
 #include <QMetaMethod>
 #include <vector>
 
@@ -59,6 +60,7 @@ int registerTest(TestFactory factory)
 int runRegisteredTests(int argc, char **argv)
 {
     QApplication app(argc, argv);
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); // month names in file names
     int failed = 0;
     for (const TestFactory &make : factories()) {
         const std::unique_ptr<QObject> test = make();
