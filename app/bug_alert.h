@@ -9,7 +9,6 @@ namespace fault {
 inline const QString SubscriptOutOfRange = QStringLiteral("Subscript out of range");
 inline const QString Overflow = QStringLiteral("Overflow");
 inline const QString InvalidCall = QStringLiteral("Invalid procedure call or argument");
-inline const QString TypeMismatch = QStringLiteral("Type mismatch");
 } // namespace fault
 
 // A run-time fault raised inside a procedure; its handler reports it with BugAlert.

@@ -19,8 +19,6 @@ namespace {
 // (550 MiB), which would leave the program short of memory.
 constexpr int PictureMemoryLimit = 512;
 
-QString shownPicturePath;
-
 const QString CorruptFileText = QStringLiteral("Load Picture Error - Possible Corrupt File!");
 
 void showCorruptFile(frmMain &w)
@@ -65,8 +63,6 @@ void placePicture(QLabel *box, const QPixmap &picture)
     box->setGeometry(0, 0, picture.width(), picture.height());
 }
 
-QString ShownPicturePath() { return shownPicturePath; }
-
 void ShowPic(bool good)
 {
     frmMain *w = frmMain::instance();
@@ -82,7 +78,6 @@ void ShowPic(bool good)
         BugAlert(QStringLiteral("ShowPic Module"), QString(), f);
         return;
     }
-    shownPicturePath = run.TempFilePath;
     QPixmap picture;
     if (good) {
         picture = loadPicture(run.TempFilePath);

@@ -17,9 +17,6 @@ QPixmap loadPicture(const QString &path);
 // of its clipping box. A null picture empties the box and leaves it in place.
 void placePicture(QLabel *box, const QPixmap &picture);
 
-// The path of the picture ShowPic loaded last.
-QString ShownPicturePath();
-
 // Gives the main window's picture area its mouse: dragging, SAVE on the right
 // button, NEXT on the middle one, and the projector on a double-click.
 void attachPictureArea(frmMain &w);
