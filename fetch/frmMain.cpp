@@ -4,6 +4,7 @@
 #include "app/modMain.h"
 #include "app/paths.h"
 #include "app/settings.h"
+#include "fetch/controls.h"
 #include "fetch/lamp.h"
 #include "fetch/run_state.h"
 #include "platform/Inet1.h"
@@ -318,9 +319,7 @@ void frmMain::CancelInet()
 
 void frmMain::StopTransfer()
 {
-    for (QWidget *control : {static_cast<QWidget *>(cmdQuit), static_cast<QWidget *>(cmdStart),
-                             static_cast<QWidget *>(txtAddress), static_cast<QWidget *>(txtMask)})
-        control->setEnabled(false);
+    setAllEnabled({cmdQuit, cmdStart, txtAddress, txtMask}, false);
     RunState &run = runState();
     run.SavedStatus = txtStatus->text();
     txtStatus->setText(QStringLiteral("Cancelling Request - Please wait!"));
@@ -337,9 +336,7 @@ void frmMain::timInetCancel_Timer()
         return;
     Inet1->Cancel();
     timInetCancel->stop();
-    for (QWidget *control : {static_cast<QWidget *>(cmdStart), static_cast<QWidget *>(txtMask),
-                             static_cast<QWidget *>(txtAddress), static_cast<QWidget *>(txtIncrement)})
-        control->setEnabled(true);
+    setAllEnabled({cmdStart, txtMask, txtAddress, txtIncrement}, true);
     // The first ten characters go whatever they are ("Requesting" leaves its blank).
     txtStatus->setText(QStringLiteral("Stopped at ") + runState().SavedStatus.mid(10));
     if (ClosePending)

@@ -7,6 +7,7 @@
 #include "app/numbers.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
+#include "fetch/controls.h"
 #include "fetch/modfrmMain.h"
 #include "fetch/run_state.h"
 #include "platform/seams.h"
@@ -22,19 +23,6 @@
 namespace {
 
 const QString InvalidUrlTitle = QStringLiteral("Hmmm...");
-
-// Starts a timer that is off; a timer already running keeps its rhythm.
-void enable(QTimer *timer)
-{
-    if (!timer->isActive())
-        timer->start();
-}
-
-void setAllEnabled(std::initializer_list<QWidget *> controls, bool enabled)
-{
-    for (QWidget *control : controls)
-        control->setEnabled(enabled);
-}
 
 QString groupTip(const QString &groups) { return QStringLiteral("Group [") + groups + QStringLiteral("] "); }
 
@@ -115,7 +103,7 @@ void frmMain::beginRun()
     run.Repeating = false;
     run.RequestCurrent = true;
     run.RunActive = true;
-    enable(timCallGetNext);
+    enableTimer(timCallGetNext);
 }
 
 void frmMain::txtMaskForceFocus()
@@ -164,7 +152,7 @@ void frmMain::ResumeRun()
     setAllEnabled({cmdSave, cmdNext, cmdSkip, txtIncrement}, false);
     IndicatorsGo();
     runState().RunActive = true;
-    enable(timCallGetNext);
+    enableTimer(timCallGetNext);
 }
 
 void frmMain::JPEGNext(bool keepFocus)
@@ -335,14 +323,14 @@ void frmMain::connectRunHandlers()
         JPEGSave(false);
     });
     connect(cmdSkip, &QPushButton::clicked, this, &frmMain::SkipOne);
-    connect(cmdSkip, &QPushButton::pressed, this, [this] { enable(timToSkip); });
+    connect(cmdSkip, &QPushButton::pressed, this, [this] { enableTimer(timToSkip); });
     connect(cmdSkip, &QPushButton::released, this, [this] {
         timToSkip->stop();
         timBetweenSkips->stop();
     });
     connect(timToSkip, &QTimer::timeout, this, [this] {
         SkipOne();
-        enable(timBetweenSkips);
+        enableTimer(timBetweenSkips);
     });
     connect(timBetweenSkips, &QTimer::timeout, this, &frmMain::SkipOne);
     connect(timCallGetNext, &QTimer::timeout, this, &frmMain::timCallGetNext_Timer);

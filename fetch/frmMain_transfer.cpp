@@ -7,6 +7,7 @@
 #include "app/paths.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
+#include "fetch/controls.h"
 #include "fetch/lamp.h"
 #include "fetch/modfrmMain.h"
 #include "fetch/run_state.h"
@@ -48,12 +49,6 @@ void processEventsSoon(QElapsedTimer &since)
         processEventsNow(since);
 }
 
-void enable(QTimer *timer)
-{
-    if (!timer->isActive())
-        timer->start();
-}
-
 qint32 addChecked(qint32 a, qint32 b)
 {
     qint32 sum = 0;
@@ -85,7 +80,7 @@ void frmMain::Inet1_StateChanged(int state)
             TransferLive = false;
             connectionFailed();
             RepeatOrCount();
-            enable(timCallGetNext);
+            enableTimer(timCallGetNext);
         } else if (state == Inet::icResponseCompleted) {
             timTimeOut1->stop();
             timTimeOut2->stop();
@@ -264,7 +259,7 @@ bool frmMain::writeTempFile(const QByteArray &picture)
 void frmMain::endCall()
 {
     shpYellow->setFillColor(Lamp::outColor());
-    enable(timCallGetNext);
+    enableTimer(timCallGetNext);
 }
 
 void frmMain::RepeatOrCount()
@@ -341,5 +336,5 @@ void frmMain::SetToContinue()
     } catch (const Fault &f) {
         BugAlert(QStringLiteral("SetToContinue"), QString(), f);
     }
-    enable(timCallGetNext);
+    enableTimer(timCallGetNext);
 }

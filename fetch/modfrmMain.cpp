@@ -4,6 +4,7 @@
 #include "app/modMain.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
+#include "fetch/controls.h"
 #include "fetch/frmMain.h"
 #include "fetch/run_state.h"
 #include "platform/Inet1.h"
@@ -157,9 +158,7 @@ void EndRun(const QString &text)
         return;
     RunState &run = runState();
     run.RunActive = false;
-    for (QWidget *control : {static_cast<QWidget *>(w->cmdNext), static_cast<QWidget *>(w->cmdSkip),
-                             static_cast<QWidget *>(w->txtIncrement)})
-        control->setEnabled(true);
+    setAllEnabled({w->cmdNext, w->cmdSkip, w->txtIncrement}, true);
     if (!run.SaveAvailable)
         run.FocusControl = w->cmdNext;
     else

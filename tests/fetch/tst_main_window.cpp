@@ -37,12 +37,27 @@ private slots:
 
 private:
     void typeAddress(frmMain &w, const QString &address);
+    // A manual run of one picture at path, ended.
+    QPointer<frmMain> endedManualRun(fakes::TestSeams &seams, ScriptedHttpServer &server, const QString &path);
 };
 
 void MainWindowTest::typeAddress(frmMain &w, const QString &address)
 {
     w.txtAddress->clear();
     QTest::keyClicks(w.txtAddress, address);
+}
+
+QPointer<frmMain> MainWindowTest::endedManualRun(fakes::TestSeams &seams, ScriptedHttpServer &server,
+                                                const QString &path)
+{
+    server.setScript(path, HttpScript::reply("image/jpeg", makeJpeg(QSize(64, 64), true)));
+    QPointer<frmMain> w = fixture::openMainWindow(seams);
+    w->chkAuto->setChecked(false);
+    typeAddress(*w, server.url(path));
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    if (!QTest::qWaitFor([] { return !runState().RunActive; }))
+        qWarning("the manual run did not end");
+    return w;
 }
 
 void MainWindowTest::startWithEmptyMaskDerivesOneAndRequestsTheStart()
@@ -98,12 +113,8 @@ void MainWindowTest::manualRunEndsAfterOnePicture()
 {
     fakes::TestSeams seams;
     ScriptedHttpServer server;
-    server.setScript(QStringLiteral("/m/p10.jpg"), HttpScript::reply("image/jpeg", makeJpeg(QSize(64, 64), true)));
-    QPointer<frmMain> w = fixture::openMainWindow(seams);
-    w->chkAuto->setChecked(false);
-    typeAddress(*w, server.url(QStringLiteral("/m/p10.jpg")));
-    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
-    QTRY_VERIFY(!runState().RunActive);
+    QPointer<frmMain> w = endedManualRun(seams, server, QStringLiteral("/m/p10.jpg"));
+    QVERIFY(!runState().RunActive);
     QCOMPARE(w->txtStatus->text(), QStringLiteral("Enter URL"));
     QVERIFY(w->shpRed->isLit() && !w->shpGreen->isLit() && !w->shpYellow->isLit());
     QCOMPARE(w->cmdStart->text(), QStringLiteral("S&TART"));
@@ -124,11 +135,7 @@ void MainWindowTest::heldSkipSkipsWithoutRequests()
 {
     fakes::TestSeams seams;
     ScriptedHttpServer server;
-    server.setScript(QStringLiteral("/k/n0100.jpg"), HttpScript::reply("image/jpeg", makeJpeg(QSize(64, 64), true)));
-    QPointer<frmMain> w = fixture::openMainWindow(seams);
-    w->chkAuto->setChecked(false);
-    typeAddress(*w, server.url(QStringLiteral("/k/n0100.jpg")));
-    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    QPointer<frmMain> w = endedManualRun(seams, server, QStringLiteral("/k/n0100.jpg"));
     QTRY_VERIFY(w->cmdSkip->isEnabled());
     QTest::mousePress(w->cmdSkip, Qt::LeftButton);
     QTest::qWait(2000);

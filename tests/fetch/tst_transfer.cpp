@@ -70,6 +70,8 @@ private slots:
 private:
     // Starts a run at path with the given mask (empty: derived).
     void start(const QString &path, const QString &mask = QString());
+    // Starts a run whose first picture drips in over about a second.
+    void startDripping(const QString &path, int seed);
     std::unique_ptr<fakes::TestSeams> seams;
     std::unique_ptr<ScriptedHttpServer> server;
     QPointer<frmMain> w;
@@ -105,6 +107,15 @@ void TransferTest::start(const QString &path, const QString &mask)
         w->GroupText = QStringLiteral("&&&&*"); // callers pass five-character masks with one counter group
     QTest::mouseClick(w->cmdStart, Qt::LeftButton);
     QVERIFY(runState().RunActive);
+}
+
+void TransferTest::startDripping(const QString &path, int seed)
+{
+    const QByteArray good = picture(seed);
+    server->setScript(path, HttpScript::reply("image/jpeg", good).withDrip(good.size() / 10 + 1, 100));
+    start(path);
+    QTRY_COMPARE(server->totalRequests(), 1);
+    QTest::qWait(200);
 }
 
 void TransferTest::minesSeriesUntilTheGapsTripTheLimit()
@@ -319,12 +330,7 @@ void TransferTest::largeReplyIsKeptWhole()
 
 void TransferTest::stopMidBodySendsNothingMore()
 {
-    const QByteArray good = picture(9);
-    server->setScript(QStringLiteral("/d/d01.jpg"),
-                      HttpScript::reply("image/jpeg", good).withDrip(good.size() / 10 + 1, 100));
-    start(QStringLiteral("/d/d01.jpg"));
-    QTRY_COMPARE(server->totalRequests(), 1);
-    QTest::qWait(300);
+    startDripping(QStringLiteral("/d/d01.jpg"), 9);
     QTest::mouseClick(w->cmdStart, Qt::LeftButton);
     QCOMPARE(w->txtStatus->text(), QStringLiteral("Cancelling Request - Please wait!"));
     QTRY_VERIFY_WITH_TIMEOUT(w->txtStatus->text().startsWith(QLatin1String("Stopped at ")), 5000);
@@ -336,12 +342,7 @@ void TransferTest::stopMidBodySendsNothingMore()
 
 void TransferTest::quitMidBodyWaitsForTheTransfer()
 {
-    const QByteArray good = picture(10);
-    server->setScript(QStringLiteral("/q/e01.jpg"),
-                      HttpScript::reply("image/jpeg", good).withDrip(good.size() / 8 + 1, 100));
-    start(QStringLiteral("/q/e01.jpg"));
-    QTRY_COMPARE(server->totalRequests(), 1);
-    QTest::qWait(200);
+    startDripping(QStringLiteral("/q/e01.jpg"), 10);
     QTest::mouseClick(w->cmdQuit, Qt::LeftButton);
     QCOMPARE(w->windowTitle(), QStringLiteral("Shutting Down!"));
     QVERIFY(!w.isNull());
