@@ -13,8 +13,11 @@ inline const QString OutOfRangeText = QStringLiteral("Out of Range");
 
 // --- Addresses and paths ---------------------------------------------------
 
-// True for an address of at least 13 characters that starts with "http://"
-// (any case), ends in ".jpg" or ".jpeg" and names a file after its last "/".
+// True when the address begins with "http://" or "https://" (any case): the
+// two schemes the program fetches from. The one test of a scheme.
+bool hasWebScheme(const QString &url);
+// True for an address of at least 13 characters that passes hasWebScheme,
+// ends in ".jpg" or ".jpeg" and names a file after its last "/".
 // Otherwise shows the "Sorry!  Invalid URL" box and returns false.
 bool sIsValidURLb(const QString &url);
 // True when the first ".jpg" (any case) ends the name, or the first ".jpeg" does.

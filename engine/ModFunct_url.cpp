@@ -27,12 +27,17 @@ void showInvalidUrl()
 
 } // namespace
 
+bool hasWebScheme(const QString &url)
+{
+    return firstPosNoCase(url, QLatin1String("HTTP://")) == 1 || firstPosNoCase(url, QLatin1String("HTTPS://")) == 1;
+}
+
 bool sIsValidURLb(const QString &url)
 {
     // Tested in this order so that a short or empty address never reaches the
     // file-name cut, which would report a fault of its own.
-    const bool valid = url.size() >= 13 && firstPosNoCase(url, QLatin1String("HTTP://")) == 1
-        && sIsValidExtJPGb(url) && !sRetFNames(url, QStringLiteral("/")).isEmpty();
+    const bool valid = url.size() >= 13 && hasWebScheme(url) && sIsValidExtJPGb(url)
+        && !sRetFNames(url, QStringLiteral("/")).isEmpty();
     if (!valid)
         showInvalidUrl();
     return valid;

@@ -283,7 +283,7 @@ void frmMain::cmdAddress_Click()
     const QString text = platform::clipboard().text();
     if (!text.isEmpty())
         setAllEnabled({txtAddress, txtMask}, true);
-    if (text.startsWith(QLatin1String("HTTP://"), Qt::CaseInsensitive) && sIsValidExtJPGb(text)) {
+    if (hasWebScheme(text) && sIsValidExtJPGb(text)) {
         txtAddress->setText(text);
         m_derivedMask = true; // the new address wants its own mask
         txtMask->setFocus();

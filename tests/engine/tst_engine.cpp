@@ -115,6 +115,12 @@ void EngineTest::calls_data()
     row("sIsValidURLb", {"http://a.jpg"}, "false", url);
     row("sIsValidURLb", {" http://host/x.jpg"}, "false", url);
     row("sIsValidURLb", {""}, "false", url);
+    row("sIsValidURLb", {"hTTpS://a.jpg"}, "true");
+    row("sIsValidURLb", {"https://.jpg"}, "false", url);
+    row("sIsValidURLb", {"https://host/x.jpg.jpg"}, "false", url);
+    row("sIsValidURLb", {"httpx://host/x.jpg"}, "false", url);
+    row("sIsValidURLb", {"https:/host/x.jpg"}, "false", url);
+    row("sIsValidURLb", {"ftp://host/x.jpg"}, "false", url);
     row("sIsValidExtJPGb", {"x.jpg.jpeg"}, "false");
     row("sIsValidExtJPGb", {"x.jpeg.jpg"}, "false");
     row("sIsValidExtJPGb", {"straße.jpg"}, "true");

@@ -203,6 +203,8 @@ void MainWindowTest::shortcutButton_data()
     QTest::addColumn<bool>("accepted");
     QTest::newRow("address") << "http://host/a/b01.jpg" << true;
     QTest::newRow("any case, jpeg") << "hTtP://host/a/IMG_0042.JPEG" << true;
+    QTest::newRow("secure") << "HTTPS://host/a/b01.jpg" << true;
+    QTest::newRow("other scheme") << "ftp://host/a/b01.jpg" << false;
     QTest::newRow("bare file name") << "b01.jpg" << false;
     QTest::newRow("not a picture") << "http://host/a/b01.gif" << false;
     QTest::newRow("empty") << "" << false;
