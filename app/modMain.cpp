@@ -51,10 +51,10 @@ void refuseScreen()
                      QStringLiteral("SORRY!"), platform::Icon::Critical);
 }
 
-// Creates dir (its parent must exist) and records it under key; false on failure.
-bool createDefaultDir(const QString &name, clsStoreVar &holder, const QString &key)
+// Creates dir in home (which must exist) and records it under key; false on failure.
+bool createDefaultDir(const QString &home, const QString &name, clsStoreVar &holder, const QString &key)
 {
-    const QString path = joinPath(programDir(), name);
+    const QString path = joinPath(home, name);
     if (!QDir().mkdir(path) && !QFileInfo(path).isDir())
         return false;
     holder.VarLet(path);
@@ -110,15 +110,18 @@ QString MakeTempName()
 
 bool DefaultDirsExist()
 {
-    return QFileInfo(joinPath(programDir(), QStringLiteral("OemSave"))).isDir()
-        || QFileInfo(joinPath(programDir(), QStringLiteral("OemTemp"))).isDir();
+    const QString home = defaultDirsHome();
+    return QFileInfo(joinPath(home, QStringLiteral("OemSave"))).isDir()
+        || QFileInfo(joinPath(home, QStringLiteral("OemTemp"))).isDir();
 }
 
 void CreateDefaultDirs()
 {
     Settings &s = settings();
-    if (createDefaultDir(QStringLiteral("OemTemp"), s.TempDir, QStringLiteral("TempDir"))
-        && createDefaultDir(QStringLiteral("OemSave"), s.SaveDir, QStringLiteral("SaveDir")))
+    const QString home = defaultDirsHome();
+    QDir().mkpath(home); // the user's data folder may not exist yet
+    if (createDefaultDir(home, QStringLiteral("OemTemp"), s.TempDir, QStringLiteral("TempDir"))
+        && createDefaultDir(home, QStringLiteral("OemSave"), s.SaveDir, QStringLiteral("SaveDir")))
         return;
     const QString fallback = fallbackDir();
     platform::msgBox(QStringLiteral("     Unable to create default directories!\r\n"

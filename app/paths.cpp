@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
 
 namespace {
 QString programDirOverride;
@@ -21,6 +23,14 @@ QString programDir()
     if (!programDirOverride.isEmpty())
         return programDirOverride;
     return QDir::toNativeSeparators(QCoreApplication::applicationDirPath());
+}
+
+QString defaultDirsHome()
+{
+    const QFileInfo program(programDir());
+    if (program.isDir() && program.isWritable())
+        return programDir();
+    return QDir::toNativeSeparators(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
 }
 
 void overrideProgramDir(const QString &dir) { programDirOverride = dir; }

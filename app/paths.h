@@ -12,5 +12,10 @@ QString programDir();
 // Lets a test put the program's directory elsewhere; an empty text restores it.
 void overrideProgramDir(const QString &dir);
 
+// The folder that holds the default folders OemSave and OemTemp: the program's
+// directory for a portable copy (a build folder, an unpacked archive); the
+// user's data folder for an installed copy, whose directory the user cannot write.
+QString defaultDirsHome();
+
 // dir + native separator + name.
 QString joinPath(const QString &dir, const QString &name);

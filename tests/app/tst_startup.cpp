@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTest>
 
 class StartupTest : public QObject {
@@ -118,26 +119,61 @@ void StartupTest::tempNames()
     QVERIFY(startup().sTempFileName.endsWith(QLatin1String(".jpg")));
 }
 
+namespace {
+
+// Puts the user's data folder at dataHome for the life of the object.
+struct DataHome {
+    explicit DataHome(const QString &dataHome) : saved(qgetenv("XDG_DATA_HOME"))
+    {
+        qputenv("XDG_DATA_HOME", QFile::encodeName(dataHome));
+    }
+    ~DataHome() { qputenv("XDG_DATA_HOME", saved); }
+    QByteArray saved;
+};
+
+// A plain file in folder: nothing can be made in it, even by root.
+QString blockedDir(const QTemporaryDir &folder)
+{
+    const QString blocked = folder.filePath(QStringLiteral("blocked"));
+    QFile file(blocked);
+    return file.open(QIODevice::WriteOnly) ? blocked : QString();
+}
+
+} // namespace
+
 // Which default directories exist before the start, and what the start leaves.
+// A portable copy keeps them beside the program; an installed one, whose
+// directory cannot be written, in the user's data folder.
 void StartupTest::defaultDirs_data()
 {
+    QTest::addColumn<bool>("installed");
     QTest::addColumn<QStringList>("before");
     QTest::addColumn<bool>("created");
-    QTest::newRow("both missing") << QStringList() << true;
-    QTest::newRow("only OemSave") << QStringList{QStringLiteral("OemSave")} << false;
-    QTest::newRow("only OemTemp") << QStringList{QStringLiteral("OemTemp")} << false;
+    QTest::newRow("both missing") << false << QStringList() << true;
+    QTest::newRow("only OemSave") << false << QStringList{QStringLiteral("OemSave")} << false;
+    QTest::newRow("only OemTemp") << false << QStringList{QStringLiteral("OemTemp")} << false;
+    QTest::newRow("installed, both missing") << true << QStringList() << true;
+    QTest::newRow("installed, only OemTemp") << true << QStringList{QStringLiteral("OemTemp")} << false;
 }
 
 void StartupTest::defaultDirs()
 {
+    QFETCH(bool, installed);
     QFETCH(QStringList, before);
     QFETCH(bool, created);
     fakes::TestSeams seams;
+    const DataHome dataHome(seams.folder.filePath(QStringLiteral("data")));
+    QString home = programDir();
+    if (installed) {
+        overrideProgramDir(blockedDir(seams.folder));
+        home = QDir::toNativeSeparators(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
+        QVERIFY(home.startsWith(seams.folder.filePath(QStringLiteral("data"))));
+    }
     for (const QString &dir : before)
-        QVERIFY(QDir(programDir()).mkdir(dir));
+        QVERIFY(QDir().mkpath(joinPath(home, dir)));
     QVERIFY(Main());
-    const QString temp = joinPath(programDir(), QStringLiteral("OemTemp"));
-    const QString save = joinPath(programDir(), QStringLiteral("OemSave"));
+    const QString temp = joinPath(home, QStringLiteral("OemTemp"));
+    const QString save = joinPath(home, QStringLiteral("OemSave"));
     QCOMPARE(QFileInfo(temp).isDir(), created || before.contains(QStringLiteral("OemTemp")));
     QCOMPARE(QFileInfo(save).isDir(), created || before.contains(QStringLiteral("OemSave")));
     QCOMPARE(seams.stored(QStringLiteral("TempDir")), created ? temp : QStringLiteral("<missing>"));
@@ -149,11 +185,10 @@ void StartupTest::defaultDirs()
 void StartupTest::defaultDirsFailureFallsBack()
 {
     fakes::TestSeams seams;
-    // A program directory that is a plain file: nothing can be made in it, even by root.
-    const QString blocked = seams.folder.filePath(QStringLiteral("blocked"));
-    QFile file(blocked);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.close();
+    // Neither the program's directory nor the user's data folder can be made.
+    const QString blocked = blockedDir(seams.folder);
+    QVERIFY(!blocked.isEmpty());
+    const DataHome dataHome(blocked);
     overrideProgramDir(blocked);
     seams.boxes.expect(platform::Answer::Ok);
     QVERIFY(Main());
