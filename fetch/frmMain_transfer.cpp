@@ -134,7 +134,8 @@ void frmMain::GoGetIt()
         }
         QCoreApplication::processEvents();
         endCall();
-    } catch (const Fault &) {
+    } catch (...) {
+        // Any fault here, running out of memory included, ends the call as a time-out does.
         CancelInet();
         SetToContinue();
     }

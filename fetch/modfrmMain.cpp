@@ -60,6 +60,18 @@ void stopAtLimit(frmMain &w, bool magazineEnabled)
         platform::beeper().beep();
 }
 
+// The transfer control's own time-out, a little longer than the window's, so
+// that the window's time-out always ends a silent call (with its own text).
+constexpr qint32 ControlTimeOutMargin = 5; // seconds
+
+qint32 controlTimeOut(qint32 seconds)
+{
+    if (seconds <= 0)
+        return seconds; // no time-out for the window either
+    return seconds > std::numeric_limits<qint32>::max() - ControlTimeOutMargin ? std::numeric_limits<qint32>::max()
+                                                                               : seconds + ControlTimeOutMargin;
+}
+
 } // namespace
 
 void GetNext()
@@ -142,7 +154,7 @@ void SendRequest()
         inet.RemotePort = 80;
         inet.AccessType = 1;
         inet.Protocol = 4;
-        inet.RequestTimeout = settings().TimeOut.LongGet();
+        inet.RequestTimeout = controlTimeOut(settings().TimeOut.LongGet());
         inet.Execute(run.UrlFolder + name, QStringLiteral("GET"));
     } catch (const Fault &f) {
         // Nothing further is scheduled: the run waits for STOP.

@@ -66,11 +66,11 @@ void Inet::Execute(const QString &url, const QString &operation)
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     m_timeOutSet = qBound(0, RequestTimeout, INT_MAX / 1000);
     request.setTransferTimeout(m_timeOutSet * 1000);
+    m_rest = QDeadlineTimer(QDeadlineTimer::Forever);
 
     const QByteArray verb = operation.trimmed().isEmpty() ? QByteArray("GET") : operation.trimmed().toUpper().toLatin1();
     m_reply = verb == "GET" ? m_manager->get(request) : m_manager->sendCustomRequest(request, verb);
     watch(m_reply);
-    m_quiet.start();
     m_watchdog->start();
     // The first report, like every other, comes from the event loop.
     post(icResolvingHost);
@@ -79,30 +79,35 @@ void Inet::Execute(const QString &url, const QString &operation)
 void Inet::watch(QNetworkReply *reply)
 {
     // The reply's signals only queue reports; nothing here calls out to the caller.
-    connect(reply, &QNetworkReply::socketStartedConnecting, this, [this] {
-        m_quiet.start();
-        post(icConnecting);
-    });
+    connect(reply, &QNetworkReply::socketStartedConnecting, this, [this] { post(icConnecting); });
     connect(reply, &QNetworkReply::requestSent, this, [this] {
-        m_quiet.start();
         m_requestSent = true;
         post(icRequestSent);
     });
-    connect(reply, &QNetworkReply::metaDataChanged, this, [this] {
-        m_quiet.start();
+    connect(reply, &QNetworkReply::metaDataChanged, this, [this, reply] {
         post(icReceivingResponse);
+        refuseLargeBody(reply->header(QNetworkRequest::ContentLengthHeader).toLongLong());
     });
     // One report for each block of data that arrives, so that a slow body keeps the
     // caller's inactivity time-out alive; blocks that arrive while a report still
     // waits share it.
-    connect(reply, &QNetworkReply::readyRead, this, [this] {
-        m_quiet.start();
-        if (!m_dataReportQueued) {
+    connect(reply, &QNetworkReply::readyRead, this, [this, reply] {
+        refuseLargeBody(reply->bytesAvailable());
+        if (!m_dataReportQueued && !m_tooLarge) {
             m_dataReportQueued = true;
             post(icResponseReceived);
         }
     });
     connect(reply, &QNetworkReply::finished, this, [this, reply] { replyFinished(reply); });
+}
+
+// The body (as announced, or as held so far) may not grow beyond MaxBody.
+void Inet::refuseLargeBody(qint64 size)
+{
+    if (size <= MaxBody || m_tooLarge || !m_reply)
+        return;
+    m_tooLarge = true;
+    m_reply->abort(); // finishes the reply: see replyFinished
 }
 
 void Inet::post(int state)
@@ -128,6 +133,11 @@ void Inet::replyFinished(QNetworkReply *reply)
 {
     if (reply != m_reply)
         return;
+    if (m_tooLarge) {
+        m_responseInfo = QStringLiteral("Reply too large (over %1 MiB)").arg(MaxBody >> 20);
+        post(icError);
+        return;
+    }
     const QNetworkReply::NetworkError error = reply->error();
     // A reply that got as far as its status line is a response, whatever the status,
     // and even when the connection broke off in the body; a time-out is not.
@@ -151,12 +161,15 @@ void Inet::checkTimeOut()
 {
     if (!m_reply || m_reply->isFinished())
         return;
-    // The network layer's own time-out covers the value Execute gave it; only a
-    // lower one, set since, is applied here.
+    // The network layer's own time-out covers the value Execute gave it. A value
+    // set since (a cancel sets one) limits the whole rest of the request, so that a
+    // server that keeps trickling cannot hold it open.
     const int seconds = qBound(0, RequestTimeout, INT_MAX / 1000);
-    if (seconds == 0 || (m_timeOutSet != 0 && seconds >= m_timeOutSet))
-        return;
-    if (m_quiet.elapsed() >= qint64(seconds) * 1000)
+    if (seconds != m_timeOutSet) {
+        m_timeOutSet = seconds;
+        m_rest = seconds == 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(qint64(seconds) * 1000);
+    }
+    if (m_rest.hasExpired())
         m_reply->abort(); // finishes the reply as timed out: see replyFinished
 }
 
@@ -180,6 +193,7 @@ void Inet::Cancel()
     m_executing = false;
     m_requestSent = false;
     m_dataReportQueued = false;
+    m_tooLarge = false;
     m_watchdog->stop();
     dropReply();
 }

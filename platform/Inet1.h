@@ -9,19 +9,21 @@
 //   what arrived, and the caller finds out that it is short.
 // - icError is for failures of the transport only: unknown host, refused or
 //   unreachable connection, a connection closed or reset before any reply, the
-//   transfer time-out. ResponseInfo then reads "Name not resolved", "Cannot
-//   connect", or the network layer's own description.
+//   transfer time-out, a body over MaxBody bytes. ResponseInfo then reads "Name
+//   not resolved", "Cannot connect", "Reply too large ...", or the network
+//   layer's own description.
 // - Nothing is ever emitted from inside Execute or Cancel. After Cancel, or a new
 //   Execute, no report of the earlier request arrives, not even one already queued.
 // - StillExecuting stays true until the final report (11 or 12) is delivered.
 // - RequestTimeout, read by Execute, limits the silence between two pieces of
-//   news from the server, not the length of the transfer. Lowered while a request
-//   runs, the new value applies to that request from then on.
+//   news from the server, not the length of the transfer. Changed while a request
+//   runs (as a cancel does), the new value bounds the whole rest of that request,
+//   however steadily the server trickles.
 // - A connection closed before any reply is tried once more by the network layer
 //   before it fails, so the server sees that request twice.
 
 #include <QByteArray>
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -70,6 +72,10 @@ public:
     int AccessType = 1;      // 1: direct connection, no proxy; otherwise the application's proxy
     int Protocol = 4;        // 4: HTTP
     int RequestTimeout = 60; // seconds without any data before the transfer fails; 0: none
+    // A reply whose body grows beyond this many bytes fails the transfer, so that an
+    // endless body cannot take all the memory.
+    static constexpr qint64 MaxBodyBytes = qint64(1) << 30;
+    qint64 MaxBody = MaxBodyBytes;
 
 signals:
     void StateChanged(int state);
@@ -80,6 +86,7 @@ private:
     void deliver(quint64 generation, int state);
     void replyFinished(QNetworkReply *reply);
     void checkTimeOut();
+    void refuseLargeBody(qint64 size);
     void dropReply();
 
     QNetworkAccessManager *m_manager;
@@ -90,9 +97,10 @@ private:
     bool m_executing = false;
     bool m_requestSent = false;
     bool m_dataReportQueued = false; // one "data arrived" report waits at most
+    bool m_tooLarge = false;         // the body went over MaxBody
     int m_proxyAccess = -1;          // AccessType the manager's proxy was set for
     int m_timeOutSet = 0;            // RequestTimeout given to the network layer by Execute
-    QElapsedTimer m_quiet;           // since the last news of the request in progress
-    QTimer *m_watchdog;              // applies a RequestTimeout lowered during a request
+    QDeadlineTimer m_rest;           // end of a request whose RequestTimeout changed meanwhile
+    QTimer *m_watchdog;              // applies a RequestTimeout changed during a request
     QString m_responseInfo;
 };

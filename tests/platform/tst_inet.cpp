@@ -164,6 +164,13 @@ private slots:
             << u"/a.jpg"_s << HttpScript::neverReply() << u"Request timed out"_s << 60;
         QTest::newRow("stalls in the body")
             << u"/a.jpg"_s << HttpScript::reply("image/jpeg", jpeg).withDrip(1000, 4000) << u"Request timed out"_s << 1;
+        QTest::newRow("trickles on after the time-out changed")
+            << u"/a.jpg"_s << HttpScript::reply("image/jpeg", jpeg).withDrip(100, 150) << u"Request timed out"_s << 60;
+        QTest::newRow("body over the size cap")
+            << u"/a.jpg"_s << HttpScript::reply("image/jpeg", QByteArray(3 << 20, 'x')) << u"Reply too large (over 1 MiB)"_s << 1;
+        QTest::newRow("announces a body over the size cap")
+            << u"/a.jpg"_s << HttpScript::reply("image/jpeg", jpeg).withHeader("Content-Length", "4000000000")
+            << u"Reply too large (over 1 MiB)"_s << 1;
     }
     void transportFailures()
     {
@@ -174,6 +181,7 @@ private slots:
         server->setScript(path, script);
         Inet inet;
         inet.RequestTimeout = timeOut;
+        inet.MaxBody = 1 << 20;
         const Seen seen = fetch(inet, path.startsWith(u'/') ? server->url(path) : path, 8192, 1);
         QCOMPARE(seen.duringExecute, 0);
         QCOMPARE(seen.states.last(), int(Inet::icError));
