@@ -5,12 +5,22 @@
 #include <QWidget>
 
 #include <initializer_list>
+#include <utility>
 
 // Enables a timer that is off; a timer already running keeps its rhythm.
 inline void enableTimer(QTimer *timer)
 {
     if (!timer->isActive())
         timer->start();
+}
+
+// A control of a window, named as the user knows it.
+template <typename T, typename... Args>
+T *named(QWidget *parent, const char *name, Args &&...args)
+{
+    T *control = new T(std::forward<Args>(args)..., parent);
+    control->setObjectName(QLatin1String(name));
+    return control;
 }
 
 inline void setAllEnabled(std::initializer_list<QWidget *> controls, bool enabled)

@@ -6,6 +6,7 @@
 #include "app/settings.h"
 #include "fetch/controls.h"
 #include "fetch/lamp.h"
+#include "fetch/modfrmMain.h"
 #include "fetch/run_state.h"
 #include "platform/Inet1.h"
 #include "platform/seams.h"
@@ -33,14 +34,6 @@ const QColor Green(0, 255, 0);
 const QColor Red(255, 0, 0);
 const QColor Yellow(255, 255, 0);
 const QString Crlf = QStringLiteral("\r\n");
-
-template <typename T, typename... Args>
-T *named(QWidget *parent, const char *name, Args &&...args)
-{
-    T *control = new T(std::forward<Args>(args)..., parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
 
 QTimer *namedTimer(QObject *parent, const char *name, int interval)
 {
@@ -192,6 +185,8 @@ void frmMain::connectHandlers()
 void frmMain::Form_Load()
 {
     LookUpRegistry();
+    if (magazine().MagRowCount > 0)
+        SetcmdMagCaption(); // the rows kept from the last run wait on the button
     timInetCancel->stop();
     timCallGetNext->stop();
     cmdSkip->setEnabled(false);

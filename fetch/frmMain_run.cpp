@@ -10,6 +10,7 @@
 #include "fetch/controls.h"
 #include "fetch/modfrmMain.h"
 #include "fetch/run_state.h"
+#include "magazine/frmMagazine.h"
 #include "platform/seams.h"
 
 #include <QCheckBox>
@@ -300,9 +301,9 @@ void frmMain::cmdAddress_Click()
                      InvalidUrlTitle, platform::Icon::Exclamation);
 }
 
-// The configuration dialog and the magazine disable their button while they
-// are open and enable it again when they close. Neither window is built yet,
-// so the button comes back at once.
+// The configuration dialog disables its button while it is open and enables
+// it again when it closes. That window is not built yet, so the button comes
+// back at once.
 void frmMain::openDialog(QPushButton *button)
 {
     button->setEnabled(false);
@@ -337,7 +338,7 @@ void frmMain::connectRunHandlers()
     connect(txtAddress, &QLineEdit::textChanged, this, [this] { txtStatus->setText(QStringLiteral("Enter Mask")); });
     connect(cmdAddress, &QPushButton::clicked, this, &frmMain::cmdAddress_Click);
     connect(cmdConfig, &QPushButton::clicked, this, [this] { openDialog(cmdConfig); });
-    connect(cmdLoadMag, &QPushButton::clicked, this, [this] { openDialog(cmdLoadMag); });
+    connect(cmdLoadMag, &QPushButton::clicked, this, [this] { openMagazine(*this); });
     for (QObject *watched : {static_cast<QObject *>(txtIncrement), static_cast<QObject *>(txtAddress),
                              static_cast<QObject *>(txtMask), static_cast<QObject *>(lblIncrement),
                              static_cast<QObject *>(lblDownLoad), static_cast<QObject *>(lblSaved),

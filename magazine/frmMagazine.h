@@ -1,0 +1,94 @@
+#pragma once
+// The magazine dialog: up to ten start addresses with their masks and
+// directions, which the sequencer fires one after another at the failed-call
+// limit. The rows live in the program-wide magazine arrays; the dialog edits a
+// copy of them and replaces them as a whole when the user accepts.
+
+#include <QElapsedTimer>
+#include <QString>
+#include <QWidget>
+
+#include <array>
+
+class frmMain;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+class frmMagazine : public QWidget {
+    Q_OBJECT
+public:
+    static constexpr int Rows = 10;
+
+    explicit frmMagazine(QWidget *parent = nullptr);
+
+    // Fonts, tips and the rows from the magazine arrays.
+    void Form_Load();
+    // Set when the advanced mask editor handed a mask back for a row.
+    bool bMagMaskEditCallBack = false;
+    // The group string kept for a row's mask.
+    QString rowGroup(int row) const { return m_groups.at(row); }
+
+    // The rows, indexed 0 to 9.
+    std::array<QLineEdit *, Rows> txtURL;
+    std::array<QLineEdit *, Rows> txtMask;
+    std::array<QPushButton *, Rows> cmdDirect;
+    std::array<QPushButton *, Rows> cmdEject;
+    std::array<QLabel *, Rows> lblRow;
+
+    QPushButton *cmdFireOne;
+    QPushButton *cmdOK;
+    QPushButton *cmdCancel;
+    QLineEdit *txtStatus;
+    QGroupBox *framMagazine;
+    QLabel *lblUrls;
+    QLabel *lblMask;
+    QLabel *lblEject;
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    // One row as the dialog holds it.
+    struct Row {
+        QString url;
+        QString mask;
+        QString group;
+        QString groupMask; // the mask the group string was made for
+        bool forward = true;
+    };
+
+    void createControls();
+    void createRow(int row);
+    void layOutControls();
+    void connectHandlers();
+    void SetToolTips();
+    Row readRow(int row) const;
+    void writeRow(int row, const Row &values);
+    int filledRows() const;
+    void showStatus(const QString &text);
+    void showLoadedStatus();
+
+    void cmdDirect_Click(int row);
+    int iMoveUpOne(int row);
+    int iMoveDownOne(int row);
+    void lblRow_Click(int row);
+    void iTxtMaskGotFocusRoutine(int row);
+    void CallMaskEdit(int row);
+    void syncRows();
+    bool checkRows();
+    void cmdOK_Click();
+    void cmdFireOne_Click();
+
+    std::array<QString, Rows> m_groups;
+    std::array<QString, Rows> m_groupMasks;
+    // The last paste, so that the clicks of one double-click paste once.
+    int m_pastedRow = -1;
+    QElapsedTimer m_pastedAt;
+};
+
+// Opens the magazine over the main window; the main window's magazine button
+// stays disabled until the dialog closes.
+frmMagazine *openMagazine(frmMain &main);

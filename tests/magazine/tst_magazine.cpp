@@ -1,0 +1,246 @@
+#include "app/settings.h"
+#include "fetch/run_state.h"
+#include "magazine/frmMagazine.h"
+#include "support/fakes.h"
+#include "support/http_server.h"
+#include "support/test_main.h"
+#include "support/window_fixture.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using Answer = platform::Answer;
+
+namespace {
+
+// Rows as "address|mask|group|direction;...", trailing empty rows left out.
+QString rowsOf(const std::function<QStringList(int)> &row)
+{
+    QStringList rows;
+    for (int i = 0; i < frmMagazine::Rows; ++i)
+        rows << (row(i).first().isEmpty() ? QString() : row(i).join(u'|'));
+    while (!rows.isEmpty() && rows.last().isEmpty())
+        rows.removeLast();
+    return rows.join(u';');
+}
+
+QString storedRows()
+{
+    const MagazineArrays &m = magazine();
+    return rowsOf([&m](int i) {
+        return QStringList{m.Round.strGet(i), m.Mask.strGet(i), m.Group.strGet(i), m.Direct.boolGet(i) ? u"+"_s : u"-"_s};
+    });
+}
+
+QString shownRows(const frmMagazine &d)
+{
+    return rowsOf([&d](int i) {
+        return QStringList{d.txtURL[i]->text(), d.txtMask[i]->text(), d.rowGroup(i), d.cmdDirect[i]->text()};
+    });
+}
+
+} // namespace
+
+// The magazine dialog as the user fills it, and its rows fired by the run.
+class MagazineTest : public QObject {
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void accept_data();
+    void accept();
+    void rowMoves_data();
+    void rowMoves();
+    void wholeRunFiresEveryRowAtTheLimit();
+    void rowsOutliveTheProgram();
+
+private:
+    // Opens the dialog with the main window's button and types the rows
+    // ("address|mask|direction;..."; an empty mask is left for the dialog to derive).
+    frmMagazine *openAndFill(const QString &rows);
+    std::unique_ptr<fakes::TestSeams> seams;
+    QPointer<frmMain> w;
+};
+
+void MagazineTest::init()
+{
+    seams = std::make_unique<fakes::TestSeams>();
+    w = fixture::openMainWindow(*seams);
+    w->chkMagEnable->setChecked(false);
+}
+
+void MagazineTest::cleanup()
+{
+    if (w) {
+        runState().RunActive = false;
+        w->Unload();
+    }
+    seams.reset();
+}
+
+frmMagazine *MagazineTest::openAndFill(const QString &rows)
+{
+    QTest::mouseClick(w->cmdLoadMag, Qt::LeftButton);
+    auto *d = w->findChild<frmMagazine *>(u"frmMagazine"_s);
+    if (!d || w->cmdLoadMag->isEnabled() || !QTest::qWaitForWindowActive(d))
+        return nullptr;
+    const QStringList typed = rows.split(u';', Qt::SkipEmptyParts);
+    for (int i = 0; i < typed.size(); ++i) {
+        const QStringList parts = typed[i].split(u'|');
+        QTest::keyClicks(d->txtURL[i], parts[0]);
+        if (!parts[1].isEmpty()) {
+            QTest::mouseClick(d->txtMask[i], Qt::LeftButton); // a default mask, selected
+            QCoreApplication::processEvents();
+            QTest::keyClicks(d->txtMask[i], parts[1]);
+        }
+        if (parts[2] == u"-")
+            QTest::mouseClick(d->cmdDirect[i], Qt::LeftButton);
+    }
+    return d;
+}
+
+void MagazineTest::accept_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<QString>("refusal"); // box title / the control with the focus; nothing stored
+
+    const QString two = u"http://127.0.0.1:9/f/pic001.jpg|000001|-;http://h/x2.jpg||+"_s;
+    QTest::newRow("typed and derived masks get their groups")
+        << u"http://h/pic007.jpg|000111|+;  http://h/s/a01.jpeg ||-;http://h/b19.jpg|100|+"_s << u"cmdOK"_s
+        << u"http://h/pic007.jpg|000111|&&&***|+;http://h/s/a01.jpeg|011|&**|-;http://h/b19.jpg|100|&**|+"_s << QString();
+    QTest::newRow("a gap is kept") << u"http://h/a1.jpg||+;||+;http://h/c1.jpg||-"_s << u"cmdOK"_s
+                                   << u"http://h/a1.jpg|01|&*|+;;http://h/c1.jpg|01|&*|-"_s << QString();
+    QTest::newRow("bad address in row 2") << u"http://h/a1.jpg||+;h/b1.gif||+"_s << u"cmdOK"_s << QString()
+                                          << u"Sorry!  Invalid URL/txtURL1"_s;
+    QTest::newRow("mask of the wrong length") << u"http://h/a1.jpg||+;http://h/b01.jpg|0011|+"_s << u"cmdOK"_s
+                                              << QString() << u"Hold On There!  Uneven Mask/txtMask1"_s;
+    QTest::newRow("mask of other characters") << u"http://h/a01.jpg|0x1|+"_s << u"cmdOK"_s << QString()
+                                              << u"What's This?  Invalid Mask Characters/txtMask0"_s;
+    QTest::newRow("fire one starts row 1, every row stays")
+        << two << u"cmdFireOne"_s << u"http://127.0.0.1:9/f/pic001.jpg|000001|&&&&&*|-;http://h/x2.jpg|01|&*|+"_s
+        << QString();
+    QTest::newRow("fire one with row 1 empty") << u"||+;http://h/x2.jpg||+"_s << u"cmdFireOne"_s << QString()
+                                               << u"OOPS!/cmdFireOne"_s;
+    QTest::newRow("fire one while a run is active") << two << u"cmdFireOne running"_s << QString() << u"/cmdFireOne"_s;
+}
+
+void MagazineTest::accept()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, button);
+    QFETCH(QString, stored);
+    QFETCH(QString, refusal);
+    seams->boxes.answerAll(Answer::Ok);
+    runState().RunActive = button.endsWith(u"running");
+    QPointer<frmMagazine> d = openAndFill(typed);
+    QVERIFY(d);
+    QTest::mouseClick(d->findChild<QPushButton *>(button.section(u' ', 0, 0)), Qt::LeftButton);
+    QCOMPARE(storedRows(), stored);
+    const qsizetype count = stored.split(u';', Qt::SkipEmptyParts).size();
+    QCOMPARE(w->cmdLoadMag->text(), refusal.isEmpty() ? u"Mag: %1"_s.arg(count) : u"&Magazine"_s);
+    QCOMPARE(w->chkMagEnable->isChecked(), refusal.isEmpty());
+    const bool fired = refusal.isEmpty() && button == u"cmdFireOne";
+    QCOMPARE(w->txtAddress->text() + w->GroupText,
+             fired ? u"http://127.0.0.1:9/f/pic001.jpg&&&&&*"_s : u"Enter JPEG URL Here!"_s);
+    QCOMPARE(fired && w->optBack->isChecked(), fired);
+    if (!refusal.isEmpty()) {
+        const auto boxes = seams->boxes.shown();
+        QWidget *fixHere = d->focusWidget();
+        QCOMPARE(boxes.value(0).title + u'/' + fixHere->objectName() + fixHere->property("Index").toString(), refusal);
+        if (!boxes.isEmpty() && boxes[0].title == u"OOPS!")
+            QCOMPARE(boxes[0].text + u' ' + QString::number(int(boxes[0].icon)), u"Row 1 is empty! 4"_s);
+        QVERIFY(!w->cmdLoadMag->isEnabled());
+        d->close(); // as the close box: nothing stored
+        QVERIFY(storedRows().isEmpty());
+    }
+    QVERIFY(w->cmdLoadMag->isEnabled());
+    QTRY_VERIFY(d.isNull());
+}
+
+void MagazineTest::rowMoves_data()
+{
+    QTest::addColumn<int>("filled"); // rows "http://h/r<n>.jpg" loaded from the arrays
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QString>("clipboard");
+    QTest::addColumn<QString>("after"); // a character a row: its n, or "c" for the clipboard's text
+
+    QTest::newRow("eject the first") << 3 << u"eject 0"_s << QString() << u"12"_s;
+    QTest::newRow("eject the last of ten") << 10 << u"eject 9"_s << QString() << u"012345678"_s;
+    QTest::newRow("paste between") << 2 << u"click 1"_s << u" http://h/c.jpg\n"_s << u"0c1"_s;
+    QTest::newRow("paste into ten loses the last") << 10 << u"double-click 0"_s << u"http://h/c.jpg"_s << u"c012345678"_s;
+    QTest::newRow("empty clipboard moves nothing") << 2 << u"click 0"_s << QString() << u"01"_s;
+    QTest::newRow("long clipboard text") << 1 << u"click 1"_s << QString(10000, u'x') << u"0c"_s;
+}
+
+void MagazineTest::rowMoves()
+{
+    QFETCH(int, filled);
+    QFETCH(QString, action);
+    QFETCH(QString, clipboard);
+    QFETCH(QString, after);
+    MagazineArrays &m = magazine();
+    for (int i = 0; i < filled; ++i) {
+        m.Round.strLet(i, u"http://h/r%1.jpg"_s.arg(i));
+        m.Mask.strLet(i, u"00001"_s);
+        m.Group.strLet(i, u"&&&&*"_s);
+        m.Direct.boolLet(i, i % 2);
+    }
+    const QString loaded = storedRows();
+    seams->clipboard.setText(clipboard);
+    frmMagazine *d = openAndFill(QString());
+    const int row = action.section(u' ', 1).toInt();
+    if (action.startsWith(u"eject"))
+        QTest::mouseClick(d->cmdEject[row], Qt::LeftButton);
+    else if (action.startsWith(u"click"))
+        QTest::mouseClick(d->lblRow[row], Qt::LeftButton);
+    else
+        QTest::mouseDClick(d->lblRow[row], Qt::LeftButton);
+    QStringList expected; // each loaded row keeps its mask, group and direction as it moves
+    for (const QChar c : after)
+        expected << (c == u'c' ? clipboard.trimmed() + u"|||+"_s : loaded.section(u';', c.digitValue(), c.digitValue()));
+    QCOMPARE(shownRows(*d), expected.join(u';'));
+    QCOMPARE(storedRows(), loaded); // nothing stored before OK
+}
+
+// Three series, each ending at its first missing picture, fired one after
+// another at the limit; the run ends after the third.
+void MagazineTest::wholeRunFiresEveryRowAtTheLimit()
+{
+    ScriptedHttpServer server;
+    settings().IncLimit.LongLet(1);
+    for (const QString &name : u"a01 b09 b08 c1 c2 d5"_s.split(u' '))
+        server.setScript(u"/%1.jpg"_s.arg(name), HttpScript::reply("image/jpeg", makeJpeg(QSize(60, 40), true)));
+    const QString url = server.url(u"/"_s);
+    frmMagazine *d = openAndFill(url + u"b09.jpg||-;"_s + url + u"c1.jpg|01|+;"_s + url + u"d5.jpg||+"_s);
+    QTest::mouseClick(d->cmdOK, Qt::LeftButton);
+    w->txtAddress->setText(url + u"a01.jpg"_s);
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    for (const QString &caption : {u"Mag: 3"_s, u"Mag: 2"_s, u"Mag: 1"_s, u"Magazine"_s})
+        QTRY_COMPARE_WITH_TIMEOUT(w->cmdLoadMag->text(), caption, 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(!runState().RunActive, 10000);
+    QCOMPARE(server.requestLog().join(u' '), u"/a01.jpg /a02.jpg /b09.jpg /b08.jpg /b07.jpg /c1.jpg /c2.jpg /c3.jpg "
+                                             "/d5.jpg /d6.jpg"_s);
+    QCOMPARE(w->txtStatus->text(), u"Enter URL"_s);
+}
+
+// Accepted rows are written at quit and come back at the next start, waiting on the button.
+void MagazineTest::rowsOutliveTheProgram()
+{
+    QTest::mouseClick(openAndFill(u"http://h/a01.jpg|001|-;http://h/b1.jpg||+"_s)->cmdOK, Qt::LeftButton);
+    QTest::mouseClick(w->cmdQuit, Qt::LeftButton);
+    QTRY_VERIFY(w.isNull());
+    resetSettings();
+    w = fixture::openMainWindow(*seams);
+    QCOMPARE(w->cmdLoadMag->text(), u"Mag: 2"_s);
+    QCOMPARE(shownRows(*openAndFill(QString())), u"http://h/a01.jpg|001|&&*|-;http://h/b1.jpg|01|&*|+"_s);
+}
+
+TOLMARA_REGISTER_TEST(MagazineTest)
+#include "tst_magazine.moc"
