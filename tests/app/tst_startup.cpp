@@ -15,108 +15,55 @@
 class StartupTest : public QObject {
     Q_OBJECT
 private slots:
-    void profiles_data();
-    void profiles();
-    void otherScreensAreRefused_data();
-    void otherScreensAreRefused();
-    void tempNames();
+    void screens_data();
+    void screens();
     void defaultDirs_data();
     void defaultDirs();
-    void defaultDirsFailureFallsBack();
-    void hangUpDropsEveryNamedConnection();
-    void hangUpStopsWhenEnumerationFails();
+    void tempNames();
+    void hangUp_data();
+    void hangUp();
     void scaling();
 };
 
-void StartupTest::profiles_data()
+// The profile a screen picks; the other sizes are refused before anything is made.
+void StartupTest::screens_data()
 {
     QTest::addColumn<QSize>("screen");
-    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("name"); // empty: refused
     QTest::addColumn<float>("scale");
-    QTest::addColumn<QList<int>>("numbers"); // small, medium, large, title, path, proj. height, proj. width
-    QTest::addColumn<float>("second");
-    QTest::newRow("1280") << QSize(1280, 1024) << "1280X1024" << 1.25f
-                          << QList<int>{12, 14, 16, 18, 59, 11875, 12500} << 1.0f;
-    QTest::newRow("1152") << QSize(1152, 864) << "1152X864" << 1.125f
-                          << QList<int>{10, 12, 14, 18, 59, 10700, 11250} << 0.9f;
-    QTest::newRow("1024") << QSize(1024, 768) << "1024X768" << 1.0f
-                          << QList<int>{8, 10, 12, 14, 57, 9500, 10000} << 0.9f;
-    QTest::newRow("800") << QSize(800, 600) << "800X600" << 0.78f
-                         << QList<int>{8, 8, 10, 12, 55, 8500, 9000} << 1.0f;
+    QTest::newRow("1280") << QSize(1280, 1024) << "1280X1024" << 1.25f;
+    QTest::newRow("1152") << QSize(1152, 864) << "1152X864" << 1.125f;
+    QTest::newRow("1024") << QSize(1024, 768) << "1024X768" << 1.0f;
+    QTest::newRow("800") << QSize(800, 600) << "800X600" << 0.78f;
+    QTest::newRow("1600x1200") << QSize(1600, 1200) << "" << 0.0f;
+    QTest::newRow("1280x960") << QSize(1280, 960) << "" << 0.0f;
+    QTest::newRow("768x1024 (turned)") << QSize(768, 1024) << "" << 0.0f;
+    QTest::newRow("no screen") << QSize() << "" << 0.0f;
 }
 
-void StartupTest::profiles()
+void StartupTest::screens()
 {
     QFETCH(QSize, screen);
     QFETCH(QString, name);
-    QFETCH(float, scale);
-    QFETCH(QList<int>, numbers);
-    QFETCH(float, second);
     fakes::TestSeams seams;
     seams.screen.size = screen;
+    if (name.isEmpty())
+        seams.boxes.expect(platform::Answer::Ok);
     int opened = 0;
     setMainWindowOpener([&opened] { ++opened; });
-    QVERIFY(Main());
+    QCOMPARE(Main(), !name.isEmpty());
     setMainWindowOpener(nullptr);
-    QCOMPARE(opened, 1);
-    const ScreenProfile &p = screenProfile();
-    QCOMPARE(p.ResolutionName, name);
-    QCOMPARE(p.ScaleFactor, scale);
-    QCOMPARE((QList<int>{p.FontSizeSmall, p.FontSizeMedium, p.FontSizeLarge, p.FontSizeTitle,
-                         p.PathDisplayLength, p.ProjectorHeight, p.ProjectorWidth}),
-             numbers);
-    QCOMPARE(p.SecondScale, second);
-    QVERIFY(seams.boxes.shown().isEmpty());
-}
-
-void StartupTest::otherScreensAreRefused_data()
-{
-    QTest::addColumn<QSize>("screen");
-    QTest::newRow("1600x1200") << QSize(1600, 1200);
-    QTest::newRow("1280x960") << QSize(1280, 960);
-    QTest::newRow("640x480") << QSize(640, 480);
-    QTest::newRow("768x1024 (turned)") << QSize(768, 1024);
-    QTest::newRow("no screen") << QSize();
-}
-
-void StartupTest::otherScreensAreRefused()
-{
-    QFETCH(QSize, screen);
-    fakes::TestSeams seams;
-    seams.screen.size = screen;
-    seams.boxes.expect(platform::Answer::Ok);
-    int opened = 0;
-    setMainWindowOpener([&opened] { ++opened; });
-    QVERIFY(!Main());
-    setMainWindowOpener(nullptr);
-    QCOMPARE(opened, 0);
-    QCOMPARE(seams.boxes.shown().size(), 1);
-    const platform::MessageBoxRequest box = seams.boxes.shown().first();
-    QCOMPARE(box.title, QStringLiteral("SORRY!"));
-    QCOMPARE(box.icon, platform::Icon::Critical);
-    QCOMPARE(box.text, QStringLiteral("Tolmara is designed for a screen resolution range\r\n"
-                                      "           of 800X600 thru 1280x1024."));
-    // Nothing was created or named before the refusal.
-    QVERIFY(startup().sTempFileName.isEmpty());
-    QVERIFY(!QFileInfo::exists(joinPath(programDir(), QStringLiteral("OemTemp"))));
-}
-
-void StartupTest::tempNames()
-{
-    const QRegularExpression shape(QStringLiteral("^Tmp[A-Za-z1-9]{5}$"));
-    QSet<QChar> seen;
-    for (int i = 0; i < 2000; ++i) {
-        const QString name = MakeTempName();
-        QVERIFY2(shape.match(name).hasMatch(), qPrintable(name));
-        for (QChar c : name.mid(3))
-            seen.insert(c);
+    QCOMPARE(opened, name.isEmpty() ? 0 : 1);
+    if (name.isEmpty()) {
+        QCOMPARE(seams.boxes.shown().size(), 1);
+        QCOMPARE(seams.boxes.shown().first().title, QStringLiteral("SORRY!"));
+        QVERIFY(startup().sTempFileName.isEmpty());
+        QVERIFY(!QFileInfo::exists(joinPath(programDir(), QStringLiteral("OemTemp"))));
+        return;
     }
-    // Every one of the 61 characters turns up in 10000 draws.
-    QCOMPARE(seen.size(), 61);
-    fakes::TestSeams seams;
-    QVERIFY(Main());
-    QCOMPARE(startup().sTempFileName.size(), 12);
-    QVERIFY(startup().sTempFileName.endsWith(QLatin1String(".jpg")));
+    QCOMPARE(screenProfile().ResolutionName, name);
+    QTEST(screenProfile().ScaleFactor, "scale");
+    QVERIFY(seams.boxes.shown().isEmpty());
 }
 
 namespace {
@@ -131,104 +78,93 @@ struct DataHome {
     QByteArray saved;
 };
 
-// A plain file in folder: nothing can be made in it, even by root.
-QString blockedDir(const QTemporaryDir &folder)
-{
-    const QString blocked = folder.filePath(QStringLiteral("blocked"));
-    QFile file(blocked);
-    return file.open(QIODevice::WriteOnly) ? blocked : QString();
-}
-
 } // namespace
 
 // Which default directories exist before the start, and what the start leaves.
 // A portable copy keeps them beside the program; an installed one, whose
-// directory cannot be written, in the user's data folder.
+// directory cannot be written, in the user's data folder. A plain file stands
+// for a directory where nothing can be made, even by root.
 void StartupTest::defaultDirs_data()
 {
-    QTest::addColumn<bool>("installed");
+    QTest::addColumn<QString>("copy"); // "portable", "installed", or "blocked" (nowhere to make them)
     QTest::addColumn<QStringList>("before");
-    QTest::addColumn<bool>("created");
-    QTest::newRow("both missing") << false << QStringList() << true;
-    QTest::newRow("only OemSave") << false << QStringList{QStringLiteral("OemSave")} << false;
-    QTest::newRow("only OemTemp") << false << QStringList{QStringLiteral("OemTemp")} << false;
-    QTest::newRow("installed, both missing") << true << QStringList() << true;
-    QTest::newRow("installed, only OemTemp") << true << QStringList{QStringLiteral("OemTemp")} << false;
+    QTest::newRow("both missing") << "portable" << QStringList();
+    QTest::newRow("only OemSave") << "portable" << QStringList{QStringLiteral("OemSave")};
+    QTest::newRow("only OemTemp") << "portable" << QStringList{QStringLiteral("OemTemp")};
+    QTest::newRow("installed, both missing") << "installed" << QStringList();
+    QTest::newRow("installed, only OemTemp") << "installed" << QStringList{QStringLiteral("OemTemp")};
+    QTest::newRow("cannot create") << "blocked" << QStringList();
 }
 
 void StartupTest::defaultDirs()
 {
-    QFETCH(bool, installed);
+    QFETCH(QString, copy);
     QFETCH(QStringList, before);
-    QFETCH(bool, created);
     fakes::TestSeams seams;
-    const DataHome dataHome(seams.folder.filePath(QStringLiteral("data")));
+    const QString blocked = seams.folder.filePath(QStringLiteral("blocked"));
+    QVERIFY(QFile(blocked).open(QIODevice::WriteOnly));
+    const bool nowhere = copy == QLatin1String("blocked");
+    const DataHome dataHome(nowhere ? blocked : seams.folder.filePath(QStringLiteral("data")));
     QString home = programDir();
-    if (installed) {
-        overrideProgramDir(blockedDir(seams.folder));
+    if (copy != QLatin1String("portable")) {
+        overrideProgramDir(blocked);
         home = QDir::toNativeSeparators(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
-        QVERIFY(home.startsWith(seams.folder.filePath(QStringLiteral("data"))));
     }
     for (const QString &dir : before)
         QVERIFY(QDir().mkpath(joinPath(home, dir)));
+    if (nowhere)
+        seams.boxes.expect(platform::Answer::Ok);
     QVERIFY(Main());
+    const bool created = before.isEmpty() && !nowhere;
     const QString temp = joinPath(home, QStringLiteral("OemTemp"));
     const QString save = joinPath(home, QStringLiteral("OemSave"));
     QCOMPARE(QFileInfo(temp).isDir(), created || before.contains(QStringLiteral("OemTemp")));
     QCOMPARE(QFileInfo(save).isDir(), created || before.contains(QStringLiteral("OemSave")));
-    QCOMPARE(seams.stored(QStringLiteral("TempDir")), created ? temp : QStringLiteral("<missing>"));
     QCOMPARE(seams.stored(QStringLiteral("SaveDir")), created ? save : QStringLiteral("<missing>"));
-    QCOMPARE(settings().TempDir.VarGet().toString(), created ? temp : QString());
-    QVERIFY(seams.boxes.shown().isEmpty());
+    QCOMPARE(settings().TempDir.VarGet().toString(), created ? temp : nowhere ? fallbackDir() : QString());
+    QCOMPARE(seams.boxes.shown().size(), nowhere ? 1 : 0);
+    if (nowhere)
+        QVERIFY(seams.boxes.texts().first().contains(QStringLiteral("stored in ") + fallbackDir() + u'.'));
 }
 
-void StartupTest::defaultDirsFailureFallsBack()
+void StartupTest::tempNames()
 {
-    fakes::TestSeams seams;
-    // Neither the program's directory nor the user's data folder can be made.
-    const QString blocked = blockedDir(seams.folder);
-    QVERIFY(!blocked.isEmpty());
-    const DataHome dataHome(blocked);
-    overrideProgramDir(blocked);
-    seams.boxes.expect(platform::Answer::Ok);
-    QVERIFY(Main());
-    QCOMPARE(seams.boxes.shown().size(), 1);
-    const platform::MessageBoxRequest box = seams.boxes.shown().first();
-    QCOMPARE(box.icon, platform::Icon::Exclamation);
-    QCOMPARE(box.text, QStringLiteral("     Unable to create default directories!\r\n"
-                                      "  Temp and Save files will be stored in ")
-                           + fallbackDir()
-                           + QStringLiteral(".\r\nSelect different directories with config option."));
-    QCOMPARE(settings().TempDir.VarGet().toString(), fallbackDir());
-    QCOMPARE(settings().SaveDir.VarGet().toString(), fallbackDir());
-    QCOMPARE(seams.stored(QStringLiteral("TempDir")), QStringLiteral("<missing>"));
+    const QRegularExpression shape(QStringLiteral("^Tmp[A-Za-z1-9]{5}$"));
+    QSet<QChar> seen;
+    for (int i = 0; i < 2000; ++i) {
+        const QString name = MakeTempName();
+        QVERIFY2(shape.match(name).hasMatch(), qPrintable(name));
+        for (QChar c : name.mid(3))
+            seen.insert(c);
+    }
+    QCOMPARE(seen.size(), 61); // every one of the 61 characters turns up in 10000 draws
 }
 
-void StartupTest::hangUpDropsEveryNamedConnection()
+void StartupTest::hangUp_data()
 {
+    QTest::addColumn<qint32>("enumResult");
+    QTest::addColumn<QList<quintptr>>("hungUp");
+    QTest::addColumn<qint32>("lastResult");
+    // The unnamed connection runs its name off the end: a reported fault, not a hang-up.
+    QTest::newRow("every named one") << 0 << QList<quintptr>{11, 12} << 668;
+    QTest::newRow("enumeration fails") << 603 << QList<quintptr>{} << 603;
+}
+
+void StartupTest::hangUp()
+{
+    QFETCH(qint32, enumResult);
+    QFETCH(QList<quintptr>, hungUp);
     fakes::TestSeams seams;
     seams.dialUp.active = {fakes::DialUp::connection(11, "Office"), fakes::DialUp::connection(12, "Home ISP"),
                            fakes::DialUp::connection(13, QByteArray())};
+    seams.dialUp.enumResult = enumResult;
     seams.dialUp.hangUpResult = 668;
-    seams.boxes.expect(platform::Answer::Ok);
+    seams.boxes.answerAll(platform::Answer::Ok);
     HangUpRas();
-    QCOMPARE(seams.dialUp.hungUp, (QList<quintptr>{11, 12}));
-    QCOMPARE(startup().LastRasResult, 668);
-    // The unnamed connection runs its name off the end: a reported fault, not a hang-up.
-    QCOMPARE(seams.boxes.shown().size(), 1);
-    QVERIFY(seams.boxes.shown().first().text.startsWith(
-        QStringLiteral("This unhandled error (bug) has occurred in ByteToString:\r\nSubscript out of range")));
-}
-
-void StartupTest::hangUpStopsWhenEnumerationFails()
-{
-    fakes::TestSeams seams;
-    seams.dialUp.active = {fakes::DialUp::connection(11, "Office")};
-    seams.dialUp.enumResult = 603;
-    HangUpRas();
-    QVERIFY(seams.dialUp.hungUp.isEmpty());
-    QCOMPARE(startup().LastRasResult, 603);
-    QVERIFY(seams.boxes.shown().isEmpty());
+    QCOMPARE(seams.dialUp.hungUp, hungUp);
+    QTEST(startup().LastRasResult, "lastResult");
+    QCOMPARE(seams.boxes.texts().join(QString()).contains(QLatin1String("in ByteToString:\r\nSubscript out of range")),
+             enumResult == 0);
 }
 
 void StartupTest::scaling()

@@ -6,6 +6,7 @@
 #include "app/settings.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QTest>
 
 namespace fakes {
@@ -43,6 +44,12 @@ platform::DialUpConnection DialUp::connection(quintptr handle, const QByteArray 
     QByteArray field = name;
     field.resize(257, '\0');
     return {handle, field};
+}
+
+QString TestSeams::scratchTemplate()
+{
+    const QString memory = QStringLiteral("/dev/shm");
+    return QDir::cleanPath((QFileInfo(memory).isWritable() ? memory : QDir::tempPath()) + QStringLiteral("/tolmara-XXXXXX"));
 }
 
 TestSeams::TestSeams()

@@ -93,6 +93,8 @@ public:
 // state, and a program directory in a temporary folder.
 class TestSeams {
 public:
+    // In memory where the system offers it: the settings store syncs every write to disk.
+    static QString scratchTemplate();
     TestSeams();
     ~TestSeams();
     TestSeams(const TestSeams &) = delete;
@@ -104,7 +106,7 @@ public:
     Screen screen;
     DialUp dialUp;
     Clock clock;
-    QTemporaryDir folder;            // settings file and program directory live here
+    QTemporaryDir folder{scratchTemplate()}; // settings file and program directory live here
     std::unique_ptr<platform::QtSettingsStore> store;
 
     QString programDir() const;      // an existing folder inside `folder`

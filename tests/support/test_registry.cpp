@@ -29,7 +29,7 @@ bool hasTestFunction(const QObject &test, const QByteArray &argument)
 QList<QByteArray> argumentsFor(const QObject &test, int argc, char **argv)
 {
     QList<QByteArray> kept{argv[0]};
-    bool named = false;
+    bool named = false, matched = false;
     bool takesValue = false;
     for (int i = 1; i < argc; ++i) {
         const QByteArray argument(argv[i]);
@@ -41,10 +41,12 @@ QList<QByteArray> argumentsFor(const QObject &test, int argc, char **argv)
             continue;
         }
         named = true;
-        if (hasTestFunction(test, argument))
+        if (hasTestFunction(test, argument)) {
             kept << argument;
+            matched = true;
+        }
     }
-    if (named && kept.size() == 1)
+    if (named && !matched)
         return {};
     return kept;
 }
