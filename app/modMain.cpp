@@ -4,6 +4,7 @@
 #include "app/main_window_link.h"
 #include "app/paths.h"
 #include "app/settings.h"
+#include "platform/Inet1.h"
 #include "platform/seams.h"
 
 #include <QDir>
@@ -79,6 +80,7 @@ bool Main()
     if (!DefaultDirsExist())
         CreateDefaultDirs();
     openMainWindow();
+    Inet::CheckTlsAtStartup();
     return true;
 }
 

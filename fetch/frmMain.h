@@ -139,6 +139,7 @@ private:
     void connectTransferHandlers();
     void Inet1_StateChanged(int state);
     void connectionFailed();
+    void secureTransferRefused();
     void RepeatOrCount();
     void retryStep();
     void RestartTimeOut();

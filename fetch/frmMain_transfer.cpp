@@ -79,6 +79,7 @@ void frmMain::Inet1_StateChanged(int state)
                 return;
             TransferLive = false;
             connectionFailed();
+            secureTransferRefused();
             RepeatOrCount();
             enableTimer(timCallGetNext);
         } else if (state == Inet::icResponseCompleted) {
@@ -106,6 +107,20 @@ void frmMain::connectionFailed()
     run.PendingStatus += QStringLiteral(" - Check Internet Connection!");
     if (s.BeepOK.boolGet())
         platform::beeper().beep();
+}
+
+// A refused https:// transfer (its certificate, a redirect down to http, no
+// TLS on this system) names the address refused and why. Without TLS every
+// further call would fail the same way, so the run ends here.
+void frmMain::secureTransferRefused()
+{
+    if (Inet1->Refused() == Inet::Refusal::None)
+        return;
+    RunState &run = runState();
+    run.PendingStatus = QStringLiteral("Failed Request for ") + Inet1->RefusedAddress() + QStringLiteral(" - ")
+        + run.PendingStatus;
+    if (Inet1->Refused() == Inet::Refusal::NoTls)
+        run.StopRequested = true;
 }
 
 void frmMain::GoGetIt()

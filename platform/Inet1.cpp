@@ -4,10 +4,13 @@
 #include <QNetworkProxy>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QSslConfiguration>
+#include <QSslSocket>
 #include <QTimer>
 #include <QUrl>
 
 #include <climits>
+#include <cstdio>
 
 namespace {
 
@@ -16,6 +19,55 @@ const QString nameNotResolved = QStringLiteral("Name not resolved");
 const QString cannotConnect = QStringLiteral("Cannot connect");
 // The network layer calls its own time-out "Operation canceled"; say what happened.
 const QString timedOut = QStringLiteral("Request timed out");
+const QString noTls = QStringLiteral("no TLS support on this system (the OpenSSL library is missing)");
+
+// Redirects followed at most; at the end of a longer chain the last redirect is the reply.
+constexpr int MaxRedirects = 5;
+
+// Whether TLS connections can be made: -1 not asked yet.
+int tlsState = -1;
+
+bool isSecure(const QUrl &address)
+{
+    return address.scheme().compare(QLatin1String("https"), Qt::CaseInsensitive) == 0;
+}
+
+QString certificateFault(const QSslError &error)
+{
+    switch (error.error()) {
+    case QSslError::SelfSignedCertificate:
+    case QSslError::SelfSignedCertificateInChain:
+        return QStringLiteral("certificate not trusted (self-signed)");
+    case QSslError::UnableToGetIssuerCertificate:
+    case QSslError::UnableToGetLocalIssuerCertificate:
+    case QSslError::UnableToVerifyFirstCertificate:
+    case QSslError::CertificateUntrusted:
+    case QSslError::InvalidCaCertificate:
+        return QStringLiteral("certificate not trusted (unknown authority)");
+    case QSslError::CertificateExpired:
+        return QStringLiteral("certificate expired");
+    case QSslError::CertificateNotYetValid:
+        return QStringLiteral("certificate not yet valid");
+    case QSslError::HostNameMismatch:
+        return QStringLiteral("certificate is for another host");
+    case QSslError::CertificateRevoked:
+        return QStringLiteral("certificate revoked");
+    default:
+        return QStringLiteral("certificate refused (") + error.errorString() + QLatin1Char(')');
+    }
+}
+
+// Every fault of a certificate once, in the order found.
+QString certificateFaults(const QList<QSslError> &errors)
+{
+    QStringList faults;
+    for (const QSslError &error : errors) {
+        const QString fault = certificateFault(error);
+        if (!faults.contains(fault))
+            faults.append(fault);
+    }
+    return faults.join(QLatin1String(", "));
+}
 
 bool isTimeOutOrAbort(QNetworkReply::NetworkError error)
 {
@@ -50,11 +102,21 @@ void Inet::Execute(const QString &url, const QString &operation)
 {
     Cancel();
     m_responseInfo.clear();
+    m_refused = Refusal::None;
+    m_refusedAddress.clear();
+    m_sslErrors.clear();
+    m_hop = url.trimmed();
     m_executing = true;
 
     QUrl address(url.trimmed(), QUrl::TolerantMode);
-    if (address.port() == -1)
-        address.setPort(RemotePort);
+    const bool secure = isSecure(address);
+    if (secure && !TlsAvailable()) {
+        post(icResolvingHost);
+        refuse(Refusal::NoTls, url.trimmed(), noTls);
+        return;
+    }
+    if (address.port() == -1 && !secure)
+        address.setPort(RemotePort); // an https:// address without a port goes to 443
     if (m_proxyAccess != AccessType) {
         m_manager->setProxy(AccessType == 1 ? QNetworkProxy(QNetworkProxy::NoProxy)
                                             : QNetworkProxy(QNetworkProxy::DefaultProxy));
@@ -62,7 +124,13 @@ void Inet::Execute(const QString &url, const QString &operation)
     }
 
     QNetworkRequest request(address);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
+    request.setMaximumRedirectsAllowed(MaxRedirects);
+    if (!ExtraAuthorities.isEmpty()) {
+        QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+        tls.setCaCertificates(QSslConfiguration::systemCaCertificates() + ExtraAuthorities);
+        request.setSslConfiguration(tls);
+    }
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     m_timeOutSet = qBound(0, RequestTimeout, INT_MAX / 1000);
     request.setTransferTimeout(m_timeOutSet * 1000);
@@ -98,6 +166,12 @@ void Inet::watch(QNetworkReply *reply)
             post(icResponseReceived);
         }
     });
+    connect(reply, &QNetworkReply::redirected, this, [this](const QUrl &next) {
+        m_hop = next.toString();
+        m_requestSent = false; // the next hop has its own connection to make
+    });
+    // Not ignored, so the handshake fails; kept to say why.
+    connect(reply, &QNetworkReply::sslErrors, this, [this](const QList<QSslError> &errors) { m_sslErrors = errors; });
     connect(reply, &QNetworkReply::finished, this, [this, reply] { replyFinished(reply); });
 }
 
@@ -139,6 +213,15 @@ void Inet::replyFinished(QNetworkReply *reply)
         return;
     }
     const QNetworkReply::NetworkError error = reply->error();
+    if (!m_sslErrors.isEmpty()) {
+        refuse(Refusal::Certificate, m_hop, certificateFaults(m_sslErrors));
+        return;
+    }
+    if (error == QNetworkReply::InsecureRedirectError) {
+        refuse(Refusal::InsecureRedirect, m_hop,
+               QStringLiteral("redirect to ") + reply->url().toString() + QStringLiteral(" refused (not secure)"));
+        return;
+    }
     // A reply that got as far as its status line is a response, whatever the status,
     // and even when the connection broke off in the body; a time-out is not.
     const bool answered = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
@@ -156,6 +239,29 @@ void Inet::replyFinished(QNetworkReply *reply)
         m_responseInfo = reply->errorString();
     post(icError);
 }
+
+void Inet::refuse(Refusal refusal, const QString &address, const QString &reason)
+{
+    m_refused = refusal;
+    m_refusedAddress = address;
+    m_responseInfo = reason;
+    post(icError);
+}
+
+bool Inet::TlsAvailable()
+{
+    if (tlsState < 0)
+        tlsState = QSslSocket::supportsSsl() ? 1 : 0;
+    return tlsState == 1;
+}
+
+void Inet::CheckTlsAtStartup()
+{
+    if (!TlsAvailable())
+        std::fprintf(stderr, "tolmara: %s: https:// addresses cannot be fetched\n", qPrintable(noTls));
+}
+
+void Inet::SetTlsAvailable(bool available) { tlsState = available ? 1 : 0; }
 
 void Inet::checkTimeOut()
 {

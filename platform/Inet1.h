@@ -21,11 +21,21 @@
 //   however steadily the server trickles.
 // - A connection closed before any reply is tried once more by the network layer
 //   before it fails, so the server sees that request twice.
+// - Redirects are followed, a few hops at most, http to https included but never
+//   https down to http; the reply at the end of the chain is the response.
+// - https:// addresses go over TLS, their certificates checked against the
+//   system's trusted roots. A certificate that fails the check, a redirect down to
+//   http, or a system without TLS support ends the request in icError, with
+//   RefusedAddress naming the address refused and ResponseInfo the reason
+//   ("certificate not trusted (self-signed)").
 
 #include <QByteArray>
 #include <QDeadlineTimer>
+#include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QSslCertificate>
+#include <QSslError>
 #include <QString>
 
 class QNetworkAccessManager;
@@ -67,6 +77,17 @@ public:
     void Cancel();
     QString ResponseInfo() const { return m_responseInfo; }
 
+    // Why the last request ended refused rather than failed, and at which address.
+    enum class Refusal { None, Certificate, InsecureRedirect, NoTls };
+    Refusal Refused() const { return m_refused; }
+    QString RefusedAddress() const { return m_refusedAddress; }
+
+    // Whether the system can make TLS connections at all. Start-up asks once, and
+    // says so in one line on the error output when it cannot.
+    static bool TlsAvailable();
+    static void CheckTlsAtStartup();
+    static void SetTlsAvailable(bool available);
+
     // Read by Execute.
     int RemotePort = 80;     // used when the address names no port
     int AccessType = 1;      // 1: direct connection, no proxy; otherwise the application's proxy
@@ -76,6 +97,9 @@ public:
     // endless body cannot take all the memory.
     static constexpr qint64 MaxBodyBytes = qint64(1) << 30;
     qint64 MaxBody = MaxBodyBytes;
+    // Certificate authorities this control trusts besides the system's roots
+    // (a test's own throw-away authority); no other transfer sees them.
+    QList<QSslCertificate> ExtraAuthorities;
 
 signals:
     void StateChanged(int state);
@@ -87,6 +111,7 @@ private:
     void replyFinished(QNetworkReply *reply);
     void checkTimeOut();
     void refuseLargeBody(qint64 size);
+    void refuse(Refusal refusal, const QString &address, const QString &reason);
     void dropReply();
 
     QNetworkAccessManager *m_manager;
@@ -103,4 +128,8 @@ private:
     QDeadlineTimer m_rest;           // end of a request whose RequestTimeout changed meanwhile
     QTimer *m_watchdog;              // applies a RequestTimeout changed during a request
     QString m_responseInfo;
+    Refusal m_refused = Refusal::None;
+    QString m_refusedAddress;
+    QString m_hop;                // the address asked for last: the request's own, or a redirect's
+    QList<QSslError> m_sslErrors; // certificate faults of the request in progress
 };

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs, with apt-get, whatever of Tolmara's build and test needs is missing.
 set -euo pipefail
-needed=(cmake g++ make qt6-base-dev qt6-base-dev-tools libgl-dev)
+# openssl: https:// needs its library (libssl3) at run time, and the tests make
+# their certificates with its command line.
+needed=(cmake g++ make qt6-base-dev qt6-base-dev-tools libgl-dev openssl)
 [ "${1:-}" = "--with-xvfb" ] && needed+=(xvfb xauth)
 missing=()
 for package in "${needed[@]}"; do

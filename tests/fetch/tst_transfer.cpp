@@ -13,6 +13,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScopeGuard>
 #include <QTest>
 #include <QTimer>
 
@@ -240,6 +241,15 @@ void TransferTest::failures_data()
     QTest::newRow("reply over the size cap, auto retries") << "huge" << true << "Enter URL" << 2 << 2 << "none";
     QTest::newRow("out of memory while storing") << "nomemory" << false << "Failed Request for f01.jpg - icError: Request Timeout" << 1 << 1 << "picture";
     QTest::newRow("closed without reply, manual") << "closed" << false << "*" << -1 << 1 << "none";
+    QTest::newRow("redirected to the picture") << "redirect" << false << "Enter URL" << 1 << 1 << "picture";
+    QTest::newRow("self-signed certificate, manual")
+        << "self-signed" << false << "Failed Request for <address> - icError: certificate not trusted (self-signed)"
+        << 0 << 1 << "none";
+    QTest::newRow("certificate for another host, auto") << "other host" << true << "*" << 0 << 2 << "none";
+    QTest::newRow("https without TLS ends the run at once")
+        << "no tls" << true
+        << "Failed Request for <address> - icError: no TLS support on this system (the OpenSSL library is missing)"
+        << 0 << 1 << "none";
 }
 
 void TransferTest::failures()
@@ -275,14 +285,27 @@ void TransferTest::failures()
         address = QStringLiteral("http://127.0.0.1:1/f/f01.jpg");
     else if (kind == QStringLiteral("unknown"))
         address = QStringLiteral("http://tolmara-test.invalid/f/f01.jpg");
+    else if (kind == QStringLiteral("redirect"))
+        server->setScript(path, HttpScript::redirect(QStringLiteral("/f/moved.jpg"), 301));
     w->Inet1->MaxBody = 1 << 20;
     if (kind == QStringLiteral("nomemory"))
         connect(w, &frmMain::pictureStored, this, [] { throw std::bad_alloc(); });
+    server->setScript(QStringLiteral("/f/moved.jpg"), HttpScript::reply("image/jpeg", good));
+    const TestCertificates &made = TestCertificates::get();
+    w->Inet1->ExtraAuthorities = {made.authority};
+    if (kind == QStringLiteral("self-signed") || kind == QStringLiteral("other host")) {
+        server->useTls(kind == QStringLiteral("other host") ? made.otherHost : made.selfSigned, made.key);
+        address = server->url(path);
+    }
+    Inet::SetTlsAvailable(kind != QStringLiteral("no tls"));
+    const auto restore = qScopeGuard([] { Inet::SetTlsAvailable(true); });
+    if (kind == QStringLiteral("no tls"))
+        address = QStringLiteral("https://127.0.0.1:1/f/f01.jpg");
     w->txtAddress->setText(address);
     QTest::mouseClick(w->cmdStart, Qt::LeftButton);
     QTRY_VERIFY_WITH_TIMEOUT(!runState().RunActive, 10000);
     if (status != QStringLiteral("*"))
-        QCOMPARE(w->txtStatus->text(), status);
+        QCOMPARE(w->txtStatus->text(), status.replace(QStringLiteral("<address>"), address));
     if (requestsOfFirst >= 0)
         QCOMPARE(server->requestCount(path), requestsOfFirst);
     QCOMPARE(runState().FailedCalls, failedCalls);

@@ -101,9 +101,6 @@ private slots:
         QTest::newRow("picture") << HttpScript::reply("image/jpeg", jpeg) << u"image/jpeg"_s << jpeg;
         QTest::newRow("500 with a body") << HttpScript::reply("text/plain", "it broke", 500) << u"text/plain"_s
                                          << QByteArray("it broke");
-        QTest::newRow("redirect is not followed")
-            << HttpScript::reply("text/html", "moved", 301).withHeader("Location", "/elsewhere.jpg")
-            << u"text/html"_s << QByteArray("moved");
         QTest::newRow("cut short: the part that came") << HttpScript::reply("image/jpeg", jpeg).cutShortAt(5000)
                                                        << u"image/jpeg"_s << jpeg.left(5000);
         QTest::newRow("no content type") << HttpScript::reply({}, "x") << QString() << QByteArray("x");
@@ -129,6 +126,60 @@ private slots:
         QCOMPARE(seen.contentType, contentType);
         QCOMPARE(seen.body, body);
         QCOMPARE(server->totalRequests(), 1);
+    }
+
+    // A request to /a.jpg, answered there or redirected to /b.jpg ("loop": to
+    // itself), plain or over TLS with the certificate named.
+    void secureAndRedirected_data()
+    {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<QString>("certificate"); // "self", "other" host, else the trusted one
+        QTest::addColumn<bool>("trusted");        // the transfer trusts the test authority
+        QTest::addColumn<QString>("info");        // empty: completes with the body
+        QTest::addColumn<QString>("refused");     // "from" or "to": the address refused
+        QTest::addColumn<QByteArray>("body");
+        const QString self = u"certificate not trusted (self-signed)"_s;
+        QTest::newRow("https") << "https" << "" << "" << true << "" << "" << jpeg;
+        QTest::newRow("https, self-signed") << "https" << "" << "self" << true << self << "from" << QByteArray();
+        QTest::newRow("https, authority trusted elsewhere")
+            << "https" << "" << "" << false << "certificate not trusted (unknown authority)" << "from" << QByteArray();
+        QTest::newRow("https, other host")
+            << "https" << "" << "other" << true << "certificate is for another host" << "from" << QByteArray();
+        QTest::newRow("http redirect") << "http" << "http" << "" << true << "" << "" << jpeg;
+        QTest::newRow("http to https") << "http" << "https" << "" << true << "" << "" << jpeg;
+        QTest::newRow("http to a self-signed https") << "http" << "https" << "self" << true << self << "to" << QByteArray();
+        QTest::newRow("https to http refused")
+            << "https" << "http" << "" << true << "redirect to <to> refused (not secure)" << "from" << QByteArray();
+        QTest::newRow("redirect loop ends") << "http" << "loop" << "" << true << "" << "" << QByteArray();
+    }
+    void secureAndRedirected()
+    {
+        QFETCH(QString, from);
+        QFETCH(QString, to);
+        QFETCH(QString, certificate);
+        QFETCH(bool, trusted);
+        QFETCH(QString, info);
+        QFETCH(QString, refused);
+        QFETCH(QByteArray, body);
+        const TestCertificates &made = TestCertificates::get();
+        ScriptedHttpServer secure;
+        secure.useTls(certificate == u"self"_s ? made.selfSigned : certificate == u"other"_s ? made.otherHost : made.trusted,
+                      made.key);
+        ScriptedHttpServer &first = from == u"https"_s ? secure : *server;
+        ScriptedHttpServer &second = to == u"https"_s ? secure : to == u"http"_s ? *server : first;
+        const QString a = first.url(u"/a.jpg"_s), b = second.url(to == u"loop"_s ? u"/a.jpg"_s : u"/b.jpg"_s);
+        first.setScript(u"/a.jpg"_s, to.isEmpty() ? HttpScript::reply("image/jpeg", jpeg) : HttpScript::redirect(b));
+        second.setScript(u"/b.jpg"_s, HttpScript::reply("image/jpeg", jpeg));
+        Inet inet;
+        if (trusted)
+            inet.ExtraAuthorities = {made.authority};
+        const Seen seen = fetch(inet, a);
+        QCOMPARE(seen.info, info.replace(u"<to>"_s, b));
+        QCOMPARE(inet.RefusedAddress(), refused.isEmpty() ? QString() : refused == u"from"_s ? a : b);
+        QCOMPARE(seen.states.last(), int(info.isEmpty() ? Inet::icResponseCompleted : Inet::icError));
+        QCOMPARE(seen.body, body);
+        QVERIFY(first.requestCount(u"/a.jpg"_s) <= 6);
     }
 
     void chunksReassembleTheBody_data()

@@ -1,11 +1,15 @@
 #include "support/http_server.h"
 
 #include <QBuffer>
+#include <QFile>
 #include <QHostAddress>
 #include <QImage>
+#include <QProcess>
 #include <QRandomGenerator>
+#include <QSslSocket>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <sys/socket.h>
@@ -17,6 +21,36 @@ namespace {
 // body is never copied whole into the socket's buffer.
 constexpr qint64 pieceSize = 256 * 1024;
 constexpr qint64 maxHeadSize = 64 * 1024;
+
+// Hands each connection over as a socket that speaks TLS when the server does.
+class Listener : public QTcpServer {
+public:
+    Listener(QObject *parent, const QSslCertificate &certificate, const QSslKey &key)
+        : QTcpServer(parent), m_certificate(certificate), m_key(key)
+    {
+    }
+
+protected:
+    void incomingConnection(qintptr descriptor) override
+    {
+        if (m_certificate.isNull()) {
+            QTcpServer::incomingConnection(descriptor);
+            return;
+        }
+        auto *socket = new QSslSocket(this);
+        socket->setSocketDescriptor(descriptor);
+        socket->setLocalCertificate(m_certificate);
+        socket->setPrivateKey(m_key);
+        socket->setPeerVerifyMode(QSslSocket::VerifyNone);
+        connect(socket, &QSslSocket::sslErrors, socket, [socket] { socket->abort(); });
+        socket->startServerEncryption();
+        addPendingConnection(socket);
+    }
+
+private:
+    const QSslCertificate &m_certificate;
+    const QSslKey &m_key;
+};
 
 } // namespace
 
@@ -118,7 +152,13 @@ HttpScript HttpScript::cutShortAt(qint64 bytes) const
     return script;
 }
 
-ScriptedHttpServer::ScriptedHttpServer(QObject *parent) : QObject(parent), m_server(new QTcpServer(this))
+HttpScript HttpScript::redirect(const QString &location, int status)
+{
+    return reply("text/html", "moved", status).withHeader("Location", location.toLatin1());
+}
+
+ScriptedHttpServer::ScriptedHttpServer(QObject *parent)
+    : QObject(parent), m_server(new Listener(this, m_certificate, m_key))
 {
     connect(m_server, &QTcpServer::newConnection, this, &ScriptedHttpServer::accept);
     m_server->listen(QHostAddress::LocalHost, 0);
@@ -135,7 +175,14 @@ quint16 ScriptedHttpServer::port() const { return m_server->serverPort(); }
 
 QString ScriptedHttpServer::url(const QString &path) const
 {
-    return QStringLiteral("http://127.0.0.1:%1%2").arg(port()).arg(path);
+    const QLatin1String scheme(m_certificate.isNull() ? "http" : "https");
+    return QStringLiteral("%1://127.0.0.1:%2%3").arg(scheme).arg(port()).arg(path);
+}
+
+void ScriptedHttpServer::useTls(const QSslCertificate &certificate, const QSslKey &key)
+{
+    m_certificate = certificate;
+    m_key = key;
 }
 
 void ScriptedHttpServer::setScript(const QString &path, const HttpScript &script) { m_scripts.insert(path, script); }
@@ -306,4 +353,47 @@ QByteArray makeJpeg(QSize size, bool noisy, int quality)
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "JPEG", quality);
     return bytes;
+}
+
+namespace {
+
+QSslCertificate certificateIn(const QTemporaryDir &dir, const char *name)
+{
+    QFile file(dir.filePath(QString::fromLatin1(name)));
+    return file.open(QIODevice::ReadOnly) ? QSslCertificate(file.readAll()) : QSslCertificate();
+}
+
+} // namespace
+
+const TestCertificates &TestCertificates::get()
+{
+    static const TestCertificates made = [] {
+        QTemporaryDir dir;
+        const char *script = R"(set -e
+key="-newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes"
+openssl req -x509 $key -keyout ca.key -out ca.pem -days 2 -subj "/CN=Tolmara Test Authority"
+openssl ecparam -name prime256v1 -genkey -noout -out server.key
+sign() { openssl req -new -key server.key -out "$1.csr" -subj "/CN=$2"; printf "subjectAltName=$3\n" >"$1.ext"
+  openssl x509 -req -in "$1.csr" -CA ca.pem -CAkey ca.key -CAcreateserial -days 2 -extfile "$1.ext" -out "$1.pem"; }
+sign trusted 127.0.0.1 IP:127.0.0.1,DNS:localhost
+sign other other.invalid DNS:other.invalid
+openssl req -x509 -key server.key -out self.pem -days 2 -subj /CN=127.0.0.1 -addext subjectAltName=IP:127.0.0.1
+)";
+        QProcess openssl;
+        openssl.setWorkingDirectory(dir.path());
+        openssl.setProcessChannelMode(QProcess::MergedChannels);
+        openssl.start(QStringLiteral("sh"), {QStringLiteral("-c"), QString::fromLatin1(script)});
+        if (!openssl.waitForFinished(60000) || openssl.exitCode() != 0)
+            qWarning("making test certificates failed: %s", openssl.readAll().constData());
+        TestCertificates certificates;
+        certificates.authority = certificateIn(dir, "ca.pem");
+        QFile key(dir.filePath(QStringLiteral("server.key")));
+        if (key.open(QIODevice::ReadOnly))
+            certificates.key = QSslKey(key.readAll(), QSsl::Ec);
+        certificates.trusted = certificateIn(dir, "trusted.pem");
+        certificates.otherHost = certificateIn(dir, "other.pem");
+        certificates.selfSigned = certificateIn(dir, "self.pem");
+        return certificates;
+    }();
+    return made;
 }

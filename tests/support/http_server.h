@@ -1,6 +1,6 @@
 #pragma once
 // A small HTTP/1.1 server for tests, on 127.0.0.1 at a port of the system's
-// choosing. It lives in the test's own thread and is driven by its event loop.
+// choosing, plain or over TLS. It lives in the test's own thread and is driven by its event loop.
 // Each path has a script saying how to answer; every connection carries one
 // request and is closed after the reply ("Connection: close").
 
@@ -10,6 +10,8 @@
 #include <QObject>
 #include <QPair>
 #include <QSize>
+#include <QSslCertificate>
+#include <QSslKey>
 #include <QString>
 #include <QStringList>
 
@@ -46,6 +48,8 @@ struct HttpScript {
     static HttpScript closeWithoutReply();
     static HttpScript resetWithoutReply();
     static HttpScript neverReply();
+    // A 302 (or the given status) to location.
+    static HttpScript redirect(const QString &location, int status = 302);
 
     HttpScript withHeader(const QByteArray &name, const QByteArray &value) const;
     HttpScript withDelay(int ms) const;
@@ -62,8 +66,10 @@ public:
 
     bool isListening() const;
     quint16 port() const;
-    // "http://127.0.0.1:<port>" + path; path starts with "/".
+    // "http://127.0.0.1:<port>" + path, "https://..." over TLS; path starts with "/".
     QString url(const QString &path) const;
+    // Connections from now on speak TLS with this certificate.
+    void useTls(const QSslCertificate &certificate, const QSslKey &key);
 
     void setScript(const QString &path, const HttpScript &script);
     // Paths without a script answer 404 with a small HTML page.
@@ -89,11 +95,24 @@ private:
     void answer(QTcpSocket *socket, HttpExchange *ex, const HttpScript &script);
     void pump(QTcpSocket *socket, HttpExchange *ex);
 
+    QSslCertificate m_certificate; // null: plain HTTP
+    QSslKey m_key;
     QTcpServer *m_server;
     QHash<QString, HttpScript> m_scripts;
     QHash<QString, int> m_counts;
     QStringList m_log;
     QByteArray m_lastHead;
+};
+
+// Certificates made once a test program by the openssl command line: a
+// throw-away authority and server certificates that share one key.
+struct TestCertificates {
+    QSslCertificate authority;
+    QSslKey key;
+    QSslCertificate trusted;      // for 127.0.0.1, signed by the authority
+    QSslCertificate otherHost;    // signed by the authority, for another host name
+    QSslCertificate selfSigned;   // for 127.0.0.1, signed by itself
+    static const TestCertificates &get();
 };
 
 // A real JPEG picture of the given size (it starts with FF D8 and ends with FF D9).

@@ -2,6 +2,7 @@
 
 #include "app/settings.h"
 #include "fetch/run_state.h"
+#include "platform/Inet1.h"
 #include "support/http_server.h"
 #include "support/test_main.h"
 #include "support/window_fixture.h"
@@ -65,6 +66,7 @@ void SeriesTest::fullAuto_data()
     QTest::addColumn<QStringList>("files");
     QTest::addColumn<QList<int>>("pictures"); // which picture each file holds
     QTest::addColumn<QString>("suffix");
+    QTest::addColumn<bool>("secure"); // served over TLS
     auto names = [](std::initializer_list<const char *> list) {
         QStringList all;
         for (const char *name : list)
@@ -72,11 +74,13 @@ void SeriesTest::fullAuto_data()
         return all;
     };
     QTest::newRow("own names") << false << false << names({"pic001.jpg", "pic002.jpg", "pic003.jpg"})
-                               << QList<int>{0, 1, 2} << " (saved)";
+                               << QList<int>{0, 1, 2} << " (saved)" << false;
+    QTest::newRow("own names over https") << false << false << names({"pic001.jpg", "pic002.jpg", "pic003.jpg"})
+                                          << QList<int>{0, 1, 2} << " (saved)" << true;
     // The clock stands still: every save has the same name, the last one stays.
-    QTest::newRow("time stamp") << false << true << names({"7Mar-9_5$4.jpg"}) << QList<int>{2} << " (saved)";
+    QTest::newRow("time stamp") << false << true << names({"7Mar-9_5$4.jpg"}) << QList<int>{2} << " (saved)" << false;
     QTest::newRow("series") << true << false << names({"$eries1_01.jpg", "$eries1_02.jpg", "$eries1_03.jpg"})
-                            << QList<int>{0, 1, 2} << " (Saved as $eries1)";
+                            << QList<int>{0, 1, 2} << " (Saved as $eries1)" << false;
 }
 
 void SeriesTest::fullAuto()
@@ -86,10 +90,15 @@ void SeriesTest::fullAuto()
     QFETCH(QStringList, files);
     QFETCH(QList<int>, pictures);
     QFETCH(QString, suffix);
+    QFETCH(bool, secure);
     fakes::TestSeams seams;
     ScriptedHttpServer server;
     const QList<QByteArray> served = serveSeries(server);
     viewtest::OpenWindow w(seams);
+    if (secure) {
+        server.useTls(TestCertificates::get().trusted, TestCertificates::get().key);
+        w->Inet1->ExtraAuthorities = {TestCertificates::get().authority};
+    }
     Settings &s = settings();
     s.SaveAsSeries.boolLet(series);
     s.AutoRename.boolLet(timeStamp);
