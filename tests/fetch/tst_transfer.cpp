@@ -66,7 +66,6 @@ private slots:
     void largeReplyIsKeptWhole();
     void stopMidBodySendsNothingMore();
     void quitMidBodyWaitsForTheTransfer();
-    void magazineFiresTheNextSeriesAtTheLimit();
 
 private:
     // Starts a run at path with the given mask (empty: derived).
@@ -379,34 +378,6 @@ void TransferTest::quitMidBodyWaitsForTheTransfer()
     QTRY_VERIFY_WITH_TIMEOUT(w.isNull(), 5000);
     QTest::qWait(300);
     QCOMPARE(server->totalRequests(), 1);
-}
-
-void TransferTest::magazineFiresTheNextSeriesAtTheLimit()
-{
-    settings().IncLimit.LongLet(1);
-    w->chkMagEnable->setChecked(true);
-    MagazineArrays &m = magazine();
-    m.Round.strLet(0, server->url(QStringLiteral("/g/two05.jpg")));
-    m.Mask.strLet(0, QStringLiteral("00011"));
-    m.Group.strLet(0, QStringLiteral("&&&**"));
-    m.Direct.boolLet(0, false);
-    m.Round.strLet(1, server->url(QStringLiteral("/g/three1.jpg")));
-    m.MagRowCount = 2;
-    server->setScript(QStringLiteral("/g/one01.jpg"), HttpScript::reply("image/jpeg", picture(11)));
-    server->setScript(QStringLiteral("/g/two05.jpg"), HttpScript::reply("image/jpeg", picture(12)));
-    server->setScript(QStringLiteral("/g/two04.jpg"), HttpScript::reply("image/jpeg", picture(13)));
-    start(QStringLiteral("/g/one01.jpg"));
-    QTRY_VERIFY_WITH_TIMEOUT(server->requestLog().contains(QStringLiteral("/g/three1.jpg")), 10000);
-    QTRY_VERIFY_WITH_TIMEOUT(!runState().RunActive, 10000);
-    // Each series ends at its first gap; the second shot has no mask and gets one derived.
-    QCOMPARE(server->requestLog(), (QStringList{QStringLiteral("/g/one01.jpg"), QStringLiteral("/g/one02.jpg"),
-                                                QStringLiteral("/g/two05.jpg"), QStringLiteral("/g/two04.jpg"),
-                                                QStringLiteral("/g/two03.jpg"), QStringLiteral("/g/three1.jpg")}));
-    QCOMPARE(w->txtMask->text(), QStringLiteral("000001"));
-    QCOMPARE(m.MagRowCount, qint16(0));
-    QVERIFY(m.Round.strGet(0).isEmpty());
-    QCOMPARE(w->cmdLoadMag->text(), QStringLiteral("Magazine"));
-    QVERIFY(w->optFoward->isChecked()); // the last shot went forward
 }
 
 TOLMARA_REGISTER_TEST(TransferTest)
