@@ -17,11 +17,14 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTimer>
 
 namespace {
+
+QPointer<frmMagazine> theMagazine;
 
 const QString Forward = QStringLiteral("+");
 const QString Back = QStringLiteral("-");
@@ -461,10 +464,25 @@ frmMagazine *openMagazine(frmMain &main)
 {
     main.cmdLoadMag->setEnabled(false);
     auto *dialog = new frmMagazine(&main);
+    theMagazine = dialog;
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->Form_Load();
     dialog->move(main.geometry().center() - dialog->rect().center());
     dialog->show();
     dialog->activateWindow();
     return dialog;
+}
+
+void frmMagazine::shotFired(const QString &url)
+{
+    if (txtURL[0]->text().trimmed() != url)
+        return;
+    const int left = iMoveUpOne(0);
+    showStatus(QStringLiteral("Row 1 Was Fired - %1 Left").arg(left));
+}
+
+void magazineShotFired(const QString &url)
+{
+    if (theMagazine)
+        theMagazine->shotFired(url);
 }

@@ -27,6 +27,9 @@ public:
     void Form_Load();
     // Set when the advanced mask editor handed a mask back for a row.
     bool bMagMaskEditCallBack = false;
+    // The sequencer fired the magazine's first row: an open dialog that shows
+    // it first drops it, so that accepting does not load it again.
+    void shotFired(const QString &url);
     // The group string kept for a row's mask.
     QString rowGroup(int row) const { return m_groups.at(row); }
 
@@ -92,3 +95,5 @@ private:
 // Opens the magazine over the main window; the main window's magazine button
 // stays disabled until the dialog closes.
 frmMagazine *openMagazine(frmMain &main);
+// Tells the open magazine, if any, that the sequencer fired url.
+void magazineShotFired(const QString &url);
