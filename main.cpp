@@ -3,6 +3,7 @@
 #include "fetch/frmMain.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QLineEdit>
 #include <cstdio>
 
@@ -15,6 +16,11 @@ int main(int argc, char **argv)
     }
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tolmara2"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("tolmara"));
+    QIcon icon;
+    for (int size : {16, 32, 48, 256})
+        icon.addFile(QStringLiteral(":/icons/tolmara-%1.png").arg(size));
+    QApplication::setWindowIcon(icon);
     setMainWindowOpener([] {
         auto *window = new frmMain;
         window->setAttribute(Qt::WA_DeleteOnClose);

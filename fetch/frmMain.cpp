@@ -10,6 +10,7 @@
 #include "fetch/run_state.h"
 #include "platform/Inet1.h"
 #include "platform/seams.h"
+#include "ui/frmAbout.h"
 #include "view/display.h"
 
 #include <QApplication>
@@ -66,6 +67,7 @@ frmMain::frmMain(QWidget *parent) : QWidget(parent)
     layOutControls();
     createTimers();
     connectHandlers();
+    addAboutOpener(this);
     theMainWindow = this;
     installMainWindowLink(this);
 }

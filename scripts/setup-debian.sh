@@ -2,8 +2,10 @@
 # Installs, with apt-get, whatever of Tolmara's build and test needs is missing.
 set -euo pipefail
 # openssl: https:// needs its library (libssl3) at run time, and the tests make
-# their certificates with its command line.
-needed=(cmake g++ make qt6-base-dev qt6-base-dev-tools libgl-dev openssl)
+# their certificates with its command line. desktop-file-utils, appstream and
+# dpkg-dev check the desktop files and build the Debian package.
+needed=(cmake g++ make qt6-base-dev qt6-base-dev-tools libgl-dev openssl
+        desktop-file-utils appstream dpkg-dev)
 [ "${1:-}" = "--with-xvfb" ] && needed+=(xvfb xauth)
 missing=()
 for package in "${needed[@]}"; do

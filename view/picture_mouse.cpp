@@ -33,6 +33,8 @@ bool PictureMouse::eventFilter(QObject *watched, QEvent *event)
             mouseDown(widget, mouse);
         return true;
     }
+    case QEvent::ContextMenu:
+        return true; // the right button is a picture command, not the window's menu
     case QEvent::MouseMove:
         if (widget == m_picture)
             mouseMove(static_cast<QMouseEvent &>(*event));
