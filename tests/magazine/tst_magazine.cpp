@@ -7,7 +7,6 @@
 #include "support/window_fixture.h"
 
 #include <QCheckBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -55,8 +54,6 @@ private slots:
     void cleanup();
     void accept_data();
     void accept();
-    void rowMoves_data();
-    void rowMoves();
     void wholeRunFiresEveryRowAtTheLimit();
     void rowsOutliveTheProgram();
 
@@ -109,46 +106,75 @@ frmMagazine *MagazineTest::openAndFill(const QString &rows)
 void MagazineTest::accept_data()
 {
     QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("clipboard");
+    QTest::addColumn<QString>("clicks"); // "control", "control:row" or "control:row:double"
     QTest::addColumn<QString>("stored");
     QTest::addColumn<QString>("refusal"); // box title / the control with the focus; nothing stored
 
     const QString two = u"http://127.0.0.1:9/f/pic001.jpg|000001|-;http://h/x2.jpg||+"_s;
+    QStringList ten, tenStored; // rows r0 to r9, every other one backwards
+    for (int i = 0; i < 10; ++i) {
+        ten << u"http://h/r%1.jpg||%2"_s.arg(i).arg(i % 2 ? u"+"_s : u"-"_s);
+        tenStored << u"http://h/r%1.jpg|01|&*|%2"_s.arg(i).arg(i % 2 ? u"+"_s : u"-"_s);
+    }
     QTest::newRow("typed and derived masks get their groups")
-        << u"http://h/pic007.jpg|000111|+;  http://h/s/a01.jpeg ||-;http://h/b19.jpg|100|+"_s << u"cmdOK"_s
+        << u"http://h/pic007.jpg|000111|+;  http://h/s/a01.jpeg ||-;http://h/b19.jpg|100|+"_s << QString() << u"cmdOK"_s
         << u"http://h/pic007.jpg|000111|&&&***|+;http://h/s/a01.jpeg|011|&**|-;http://h/b19.jpg|100|&**|+"_s << QString();
-    QTest::newRow("a gap is kept") << u"http://h/a1.jpg||+;||+;http://h/c1.jpg||-"_s << u"cmdOK"_s
+    QTest::newRow("a gap is kept") << u"http://h/a1.jpg||+;||+;http://h/c1.jpg||-"_s << QString() << u"cmdOK"_s
                                    << u"http://h/a1.jpg|01|&*|+;;http://h/c1.jpg|01|&*|-"_s << QString();
-    QTest::newRow("bad address in row 2") << u"http://h/a1.jpg||+;h/b1.gif||+"_s << u"cmdOK"_s << QString()
+    QTest::newRow("bad address in row 2") << u"http://h/a1.jpg||+;h/b1.gif||+"_s << QString() << u"cmdOK"_s << QString()
                                           << u"Sorry!  Invalid URL/txtURL1"_s;
-    QTest::newRow("mask of the wrong length") << u"http://h/a1.jpg||+;http://h/b01.jpg|0011|+"_s << u"cmdOK"_s
-                                              << QString() << u"Hold On There!  Uneven Mask/txtMask1"_s;
-    QTest::newRow("mask of other characters") << u"http://h/a01.jpg|0x1|+"_s << u"cmdOK"_s << QString()
+    QTest::newRow("mask of the wrong length") << u"http://h/a1.jpg||+;http://h/b01.jpg|0011|+"_s << QString()
+                                              << u"cmdOK"_s << QString() << u"Hold On There!  Uneven Mask/txtMask1"_s;
+    QTest::newRow("mask of other characters") << u"http://h/a01.jpg|0x1|+"_s << QString() << u"cmdOK"_s << QString()
                                               << u"What's This?  Invalid Mask Characters/txtMask0"_s;
+    QTest::newRow("eject the first") << ten.mid(0, 3).join(u';') << QString() << u"cmdEject:0 cmdOK"_s
+                                     << tenStored.mid(1, 2).join(u';') << QString();
+    QTest::newRow("eject the last of ten") << ten.join(u';') << QString() << u"cmdEject:9 cmdOK"_s
+                                           << tenStored.mid(0, 9).join(u';') << QString();
+    QTest::newRow("paste between") << ten.mid(0, 2).join(u';') << u" http://h/c.jpg\n"_s << u"lblRow:1 cmdOK"_s
+                                   << tenStored[0] + u";http://h/c.jpg|1|*|+;"_s + tenStored[1] << QString();
+    QTest::newRow("paste into ten loses the last") << ten.join(u';') << u"http://h/c.jpg"_s << u"lblRow:0:double cmdOK"_s
+                                                   << u"http://h/c.jpg|1|*|+;"_s + tenStored.mid(0, 9).join(u';')
+                                                   << QString();
+    QTest::newRow("empty clipboard moves nothing") << ten.mid(0, 2).join(u';') << QString() << u"lblRow:0 cmdOK"_s
+                                                   << tenStored.mid(0, 2).join(u';') << QString();
+    QTest::newRow("long clipboard text") << ten[0] << QString(10000, u'x') << u"lblRow:1 cmdOK"_s << QString()
+                                         << u"Sorry!  Invalid URL/txtURL1"_s;
     QTest::newRow("fire one starts row 1, every row stays")
-        << two << u"cmdFireOne"_s << u"http://127.0.0.1:9/f/pic001.jpg|000001|&&&&&*|-;http://h/x2.jpg|01|&*|+"_s
-        << QString();
-    QTest::newRow("fire one with row 1 empty") << u"||+;http://h/x2.jpg||+"_s << u"cmdFireOne"_s << QString()
-                                               << u"OOPS!/cmdFireOne"_s;
-    QTest::newRow("fire one while a run is active") << two << u"cmdFireOne running"_s << QString() << u"/cmdFireOne"_s;
+        << two << QString() << u"cmdFireOne"_s
+        << u"http://127.0.0.1:9/f/pic001.jpg|000001|&&&&&*|-;http://h/x2.jpg|01|&*|+"_s << QString();
+    QTest::newRow("fire one with row 1 empty") << u"||+;http://h/x2.jpg||+"_s << QString() << u"cmdFireOne"_s
+                                               << QString() << u"OOPS!/cmdFireOne"_s;
+    QTest::newRow("fire one while a run is active") << two << QString() << u"cmdFireOne running"_s << QString()
+                                                    << u"/cmdFireOne"_s;
 }
 
 void MagazineTest::accept()
 {
     QFETCH(QString, typed);
-    QFETCH(QString, button);
+    QFETCH(QString, clipboard);
+    QFETCH(QString, clicks);
     QFETCH(QString, stored);
     QFETCH(QString, refusal);
     seams->boxes.answerAll(Answer::Ok);
-    runState().RunActive = button.endsWith(u"running");
+    seams->clipboard.setText(clipboard);
+    runState().RunActive = clicks.endsWith(u"running");
     QPointer<frmMagazine> d = openAndFill(typed);
     QVERIFY(d);
-    QTest::mouseClick(d->findChild<QPushButton *>(button.section(u' ', 0, 0)), Qt::LeftButton);
+    for (const QString &click : clicks.split(u' ')) {
+        const QStringList on = click.split(u':');
+        for (QWidget *control : d->findChildren<QWidget *>(on[0])) {
+            if (on.size() > 1 && control->property("Index").toString() != on[1])
+                continue;
+            on.size() > 2 ? QTest::mouseDClick(control, Qt::LeftButton) : QTest::mouseClick(control, Qt::LeftButton);
+        }
+    }
     QCOMPARE(storedRows(), stored);
     const qsizetype count = stored.split(u';', Qt::SkipEmptyParts).size();
     QCOMPARE(w->cmdLoadMag->text(), refusal.isEmpty() ? u"Mag: %1"_s.arg(count) : u"&Magazine"_s);
     QCOMPARE(w->chkMagEnable->isChecked(), refusal.isEmpty());
-    const bool fired = refusal.isEmpty() && button == u"cmdFireOne";
+    const bool fired = refusal.isEmpty() && clicks == u"cmdFireOne";
     QCOMPARE(w->txtAddress->text() + w->GroupText,
              fired ? u"http://127.0.0.1:9/f/pic001.jpg&&&&&*"_s : u"Enter JPEG URL Here!"_s);
     QCOMPARE(fired && w->optBack->isChecked(), fired);
@@ -164,51 +190,6 @@ void MagazineTest::accept()
     }
     QVERIFY(w->cmdLoadMag->isEnabled());
     QTRY_VERIFY(d.isNull());
-}
-
-void MagazineTest::rowMoves_data()
-{
-    QTest::addColumn<int>("filled"); // rows "http://h/r<n>.jpg" loaded from the arrays
-    QTest::addColumn<QString>("action");
-    QTest::addColumn<QString>("clipboard");
-    QTest::addColumn<QString>("after"); // a character a row: its n, or "c" for the clipboard's text
-
-    QTest::newRow("eject the first") << 3 << u"eject 0"_s << QString() << u"12"_s;
-    QTest::newRow("eject the last of ten") << 10 << u"eject 9"_s << QString() << u"012345678"_s;
-    QTest::newRow("paste between") << 2 << u"click 1"_s << u" http://h/c.jpg\n"_s << u"0c1"_s;
-    QTest::newRow("paste into ten loses the last") << 10 << u"double-click 0"_s << u"http://h/c.jpg"_s << u"c012345678"_s;
-    QTest::newRow("empty clipboard moves nothing") << 2 << u"click 0"_s << QString() << u"01"_s;
-    QTest::newRow("long clipboard text") << 1 << u"click 1"_s << QString(10000, u'x') << u"0c"_s;
-}
-
-void MagazineTest::rowMoves()
-{
-    QFETCH(int, filled);
-    QFETCH(QString, action);
-    QFETCH(QString, clipboard);
-    QFETCH(QString, after);
-    MagazineArrays &m = magazine();
-    for (int i = 0; i < filled; ++i) {
-        m.Round.strLet(i, u"http://h/r%1.jpg"_s.arg(i));
-        m.Mask.strLet(i, u"00001"_s);
-        m.Group.strLet(i, u"&&&&*"_s);
-        m.Direct.boolLet(i, i % 2);
-    }
-    const QString loaded = storedRows();
-    seams->clipboard.setText(clipboard);
-    frmMagazine *d = openAndFill(QString());
-    const int row = action.section(u' ', 1).toInt();
-    if (action.startsWith(u"eject"))
-        QTest::mouseClick(d->cmdEject[row], Qt::LeftButton);
-    else if (action.startsWith(u"click"))
-        QTest::mouseClick(d->lblRow[row], Qt::LeftButton);
-    else
-        QTest::mouseDClick(d->lblRow[row], Qt::LeftButton);
-    QStringList expected; // each loaded row keeps its mask, group and direction as it moves
-    for (const QChar c : after)
-        expected << (c == u'c' ? clipboard.trimmed() + u"|||+"_s : loaded.section(u';', c.digitValue(), c.digitValue()));
-    QCOMPARE(shownRows(*d), expected.join(u';'));
-    QCOMPARE(storedRows(), loaded); // nothing stored before OK
 }
 
 // Three series, each ending at its first missing picture, fired one after
