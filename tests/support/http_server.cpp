@@ -355,16 +355,6 @@ QByteArray makeJpeg(QSize size, bool noisy, int quality)
     return bytes;
 }
 
-namespace {
-
-QSslCertificate certificateIn(const QTemporaryDir &dir, const char *name)
-{
-    QFile file(dir.filePath(QString::fromLatin1(name)));
-    return file.open(QIODevice::ReadOnly) ? QSslCertificate(file.readAll()) : QSslCertificate();
-}
-
-} // namespace
-
 const TestCertificates &TestCertificates::get()
 {
     static const TestCertificates made = [] {
@@ -385,15 +375,13 @@ openssl req -x509 -key server.key -out self.pem -days 2 -subj /CN=127.0.0.1 -add
         openssl.start(QStringLiteral("sh"), {QStringLiteral("-c"), QString::fromLatin1(script)});
         if (!openssl.waitForFinished(60000) || openssl.exitCode() != 0)
             qWarning("making test certificates failed: %s", openssl.readAll().constData());
-        TestCertificates certificates;
-        certificates.authority = certificateIn(dir, "ca.pem");
-        QFile key(dir.filePath(QStringLiteral("server.key")));
-        if (key.open(QIODevice::ReadOnly))
-            certificates.key = QSslKey(key.readAll(), QSsl::Ec);
-        certificates.trusted = certificateIn(dir, "trusted.pem");
-        certificates.otherHost = certificateIn(dir, "other.pem");
-        certificates.selfSigned = certificateIn(dir, "self.pem");
-        return certificates;
+        const auto read = [&dir](const char *name) {
+            QFile file(dir.filePath(QString::fromLatin1(name)));
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        };
+        return TestCertificates{QSslCertificate(read("ca.pem")), QSslKey(read("server.key"), QSsl::Ec),
+                                QSslCertificate(read("trusted.pem")), QSslCertificate(read("other.pem")),
+                                QSslCertificate(read("self.pem"))};
     }();
     return made;
 }
