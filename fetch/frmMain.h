@@ -128,7 +128,7 @@ private:
     void LoadMaskEdit();
     void moveOffset(bool forward);
     void timCallGetNext_Timer();
-    void txtIncrement_LostFocus();
+    bool txtIncrement_LostFocus();
     void txtAddress_GotFocus();
     void txtMask_GotFocus();
     void openMaskEditor();
@@ -157,4 +157,5 @@ private:
     bool m_unloading = false;
     bool m_derivedMask = false;
     bool m_advancedEdit = false;
+    bool m_swallowPress = false; // a refused step took the click on its way
 };

@@ -15,6 +15,7 @@
 
 #include <QCheckBox>
 #include <QEvent>
+#include <QFocusEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -27,6 +28,14 @@ const QString InvalidUrlTitle = QStringLiteral("Hmmm...");
 
 QString groupTip(const QString &groups) { return QStringLiteral("Group [") + groups + QStringLiteral("] "); }
 
+// A focus change inside the window, not the window losing activation (to the
+// projector, a message box or another program).
+bool movesFocusWithin(const QEvent &event)
+{
+    const Qt::FocusReason reason = static_cast<const QFocusEvent &>(event).reason();
+    return reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason;
+}
+
 } // namespace
 
 void frmMain::Start()
@@ -37,6 +46,9 @@ void frmMain::Start()
             StopTransfer();
             return;
         }
+        // However START was pressed, a refused step starts nothing.
+        if (!txtIncrement_LostFocus())
+            return;
         run.FocusControl = cmdNext;
         const QString url = txtAddress->text().trimmed();
         if (!sIsValidURLb(url))
@@ -49,6 +61,12 @@ void frmMain::Start()
                 return;
             // Started once more with the derived mask; the set-up below then runs a second time.
             Start();
+            // The run keeps the focus off the mask, so that a key typed now
+            // cannot change the next run's mask.
+            if (run.RunActive && txtMask->hasFocus()) {
+                txtMask->deselect();
+                cmdStart->setFocus();
+            }
         }
         if (startChecks(url))
             beginRun();
@@ -225,21 +243,27 @@ void frmMain::timCallGetNext_Timer()
 
 // Small handlers -----------------------------------------------------------
 
-void frmMain::txtIncrement_LostFocus()
+// The increment check: false when the step was refused.
+bool frmMain::txtIncrement_LostFocus()
 {
     const std::optional<qint16> value = roundToInt16(leadingNumber(txtIncrement->text()));
     if (!value) {
         BugAlert(QStringLiteral("txtIncrement_Change"), QString(), fault::Overflow);
-        return;
+        return false;
     }
     if (*value > 0) {
         runState().StepIncrement = *value;
-        return;
+        return true;
     }
     platform::msgBox(QStringLiteral("Increment wants to be a counting number greater than zero."),
                      QStringLiteral("Sorry! - Invalid Increment"), platform::Icon::Exclamation);
     txtIncrement->setText(QStringLiteral("1"));
     txtIncrement->setFocus();
+    // A mouse press that moved the focus here is still on its way to its
+    // button: the box took that click, so the button must not go down.
+    m_swallowPress = true;
+    QTimer::singleShot(0, this, [this] { m_swallowPress = false; });
+    return false;
 }
 
 void frmMain::txtAddress_GotFocus()
@@ -287,7 +311,10 @@ void frmMain::cmdAddress_Click()
     if (hasWebScheme(text) && sIsValidExtJPGb(text)) {
         txtAddress->setText(text);
         m_derivedMask = true; // the new address wants its own mask
-        txtMask->setFocus();
+        if (txtMask->hasFocus())
+            txtMaskForceFocus(); // no focus change would derive it
+        else
+            txtMask->setFocus();
         if (!runState().RunActive)
             optFoward->setChecked(true);
         if (cmdStart->isEnabled())
@@ -344,13 +371,19 @@ void frmMain::connectRunHandlers()
                              static_cast<QObject *>(lblDownLoad), static_cast<QObject *>(lblSaved),
                              static_cast<QObject *>(lblMask), static_cast<QObject *>(txtStatus)})
         watched->installEventFilter(this);
+    for (QPushButton *button : findChildren<QPushButton *>())
+        button->installEventFilter(this);
 }
 
 bool frmMain::eventFilter(QObject *watched, QEvent *event)
 {
     const QEvent::Type type = event->type();
     RunState &run = runState();
-    if (type == QEvent::FocusOut && watched == txtIncrement)
+    if (type == QEvent::MouseButtonPress && m_swallowPress && qobject_cast<QPushButton *>(watched)) {
+        m_swallowPress = false;
+        return true;
+    }
+    if (type == QEvent::FocusOut && watched == txtIncrement && movesFocusWithin(*event))
         txtIncrement_LostFocus();
     else if (type == QEvent::FocusIn && watched == txtAddress)
         txtAddress_GotFocus();

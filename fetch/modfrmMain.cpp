@@ -150,6 +150,9 @@ void SendRequest()
         run.StatusVerb = QStringLiteral("Requesting ");
         if (run.ProjectorShown)
             setProjectorCaption(run.ProjectorTitle + QStringLiteral(".....Requesting ") + name);
+        // The shown picture is no longer the one this name stands for: until a
+        // new picture is stored, there is nothing to save under it.
+        run.SaveAvailable = false;
         run.CurrentFileName = name;
         Inet &inet = *w->Inet1;
         inet.Cancel();

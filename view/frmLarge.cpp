@@ -47,8 +47,11 @@ frmLarge::frmLarge(QWidget *parent) : QWidget(parent)
     timOkToShift->setInterval(20);
     m_mouse = new PictureMouse(pictBase, pictLarge, timOkToShift);
     m_mouse->watch(this);
-    // Any double-click on the projector closes it.
-    m_mouse->onDoubleClick = [this](QWidget *, Qt::MouseButton) {
+    // A left double-click anywhere on the projector closes it; a quick second
+    // right or middle press is one more Save or Next.
+    m_mouse->onDoubleClick = [this](QWidget *, Qt::MouseButton button) {
+        if (button != Qt::LeftButton)
+            return false;
         close();
         return true;
     };

@@ -8,6 +8,7 @@
 #include "support/test_main.h"
 #include "support/window_fixture.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QGroupBox>
 #include <QLabel>
@@ -70,6 +71,7 @@ void MainWindowTest::startWithEmptyMaskDerivesOneAndRequestsTheStart()
     QTest::mouseClick(w->cmdStart, Qt::LeftButton);
     QCOMPARE(w->txtMask->text(), QStringLiteral("000111"));
     QCOMPARE(w->GroupText, QStringLiteral("&&&***"));
+    QVERIFY(!w->txtMask->hasFocus()); // a key typed during the run leaves the mask alone
     QVERIFY(w->optFoward->isChecked());
     const RunState &run = runState();
     QVERIFY(run.RunActive);
@@ -156,16 +158,22 @@ void MainWindowTest::incrementCheck_data()
     QTest::addColumn<QString>("shown");  // the text box afterwards
     QTest::addColumn<int>("step");       // StepIncrement afterwards
     QTest::addColumn<QString>("box");    // title of the box shown, if any
-    QTest::newRow("zero") << "0" << "1" << 5 << "Sorry! - Invalid Increment";
-    QTest::newRow("negative") << "-1" << "1" << 5 << "Sorry! - Invalid Increment";
-    QTest::newRow("rounds to zero") << "0.4" << "1" << 5 << "Sorry! - Invalid Increment";
-    QTest::newRow("no number") << "abc" << "1" << 5 << "Sorry! - Invalid Increment";
-    QTest::newRow("empty") << "" << "1" << 5 << "Sorry! - Invalid Increment";
-    QTest::newRow("rounds up") << "2.6" << "2.6" << 3 << "";
-    QTest::newRow("half to even") << "2.5" << "2.5" << 2 << "";
-    QTest::newRow("leading number") << "7abc" << "7abc" << 7 << "";
-    QTest::newRow("largest") << "32767" << "32767" << 32767 << "";
-    QTest::newRow("too large") << "99999" << "99999" << 5 << "Bug Alert!";
+    QTest::addColumn<QString>("leave");  // how the box is left: "focus" elsewhere, START by
+                                         // "alt+t" or "click", or the window "deactivated"
+    QTest::newRow("zero, then START by Alt+T") << "0" << "1" << 5 << "Sorry! - Invalid Increment" << "alt+t";
+    QTest::newRow("negative, then START clicked") << "-1" << "1" << 5 << "Sorry! - Invalid Increment" << "click";
+    QTest::newRow("rounds up, then START by Alt+T") << "2.6" << "2.6" << 3 << "" << "alt+t";
+    QTest::newRow("zero, window deactivated") << "0" << "0" << 5 << "" << "deactivated";
+    QTest::newRow("zero") << "0" << "1" << 5 << "Sorry! - Invalid Increment" << "focus";
+    QTest::newRow("negative") << "-1" << "1" << 5 << "Sorry! - Invalid Increment" << "focus";
+    QTest::newRow("rounds to zero") << "0.4" << "1" << 5 << "Sorry! - Invalid Increment" << "focus";
+    QTest::newRow("no number") << "abc" << "1" << 5 << "Sorry! - Invalid Increment" << "focus";
+    QTest::newRow("empty") << "" << "1" << 5 << "Sorry! - Invalid Increment" << "focus";
+    QTest::newRow("rounds up") << "2.6" << "2.6" << 3 << "" << "focus";
+    QTest::newRow("half to even") << "2.5" << "2.5" << 2 << "" << "focus";
+    QTest::newRow("leading number") << "7abc" << "7abc" << 7 << "" << "focus";
+    QTest::newRow("largest") << "32767" << "32767" << 32767 << "" << "focus";
+    QTest::newRow("too large") << "99999" << "99999" << 5 << "Bug Alert!" << "focus";
 }
 
 void MainWindowTest::incrementCheck()
@@ -174,14 +182,35 @@ void MainWindowTest::incrementCheck()
     QFETCH(QString, shown);
     QFETCH(int, step);
     QFETCH(QString, box);
+    QFETCH(QString, leave);
     fakes::TestSeams seams;
     QPointer<frmMain> w = fixture::openMainWindow(seams);
+    w->txtAddress->setText(QStringLiteral("http://127.0.0.1:9/s/a01.jpg"));
+    w->timCallGetNext->setInterval(60000); // a run that starts requests nothing yet
     runState().StepIncrement = 5;
     w->txtIncrement->setFocus();
     w->txtIncrement->setText(typed);
     if (!box.isEmpty())
         seams.boxes.expect(platform::Answer::Ok);
-    w->cmdQuit->setFocus(); // leaving the box checks it
+    QWidget other;
+    if (leave == QStringLiteral("alt+t")) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_T, Qt::AltModifier);
+        QTest::qWait(200); // a button clicks a moment after its shortcut
+    } else if (leave == QStringLiteral("click")) {
+        QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+        QVERIFY(!w->cmdStart->isDown());
+    } else if (leave == QStringLiteral("deactivated")) {
+        other.show();
+        other.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&other));
+    } else {
+        w->cmdQuit->setFocus(); // leaving the box checks it
+    }
+    // A run starts only with an accepted step.
+    const bool startPressed = leave == QStringLiteral("alt+t") || leave == QStringLiteral("click");
+    QCOMPARE(runState().RunActive, startPressed && box.isEmpty());
+    w->timCallGetNext->stop();
+    runState().RunActive = false;
     QCOMPARE(w->txtIncrement->text(), shown);
     QCOMPARE(int(runState().StepIncrement), step);
     QCOMPARE(seams.boxes.shown().size(), box.isEmpty() ? 0 : 1);
@@ -201,30 +230,41 @@ void MainWindowTest::shortcutButton_data()
 {
     QTest::addColumn<QString>("clipboard");
     QTest::addColumn<bool>("accepted");
-    QTest::newRow("address") << "http://host/a/b01.jpg" << true;
-    QTest::newRow("any case, jpeg") << "hTtP://host/a/IMG_0042.JPEG" << true;
-    QTest::newRow("secure") << "HTTPS://host/a/b01.jpg" << true;
-    QTest::newRow("other scheme") << "ftp://host/a/b01.jpg" << false;
-    QTest::newRow("bare file name") << "b01.jpg" << false;
-    QTest::newRow("not a picture") << "http://host/a/b01.gif" << false;
-    QTest::newRow("empty") << "" << false;
+    QTest::addColumn<bool>("fromMask"); // pressed by Alt+P with the focus in a filled mask
+    QTest::newRow("address, Alt+P in the mask") << "http://host/a/b01.jpg" << true << true;
+    QTest::newRow("address") << "http://host/a/b01.jpg" << true << false;
+    QTest::newRow("any case, jpeg") << "hTtP://host/a/IMG_0042.JPEG" << true << false;
+    QTest::newRow("secure") << "HTTPS://host/a/b01.jpg" << true << false;
+    QTest::newRow("other scheme") << "ftp://host/a/b01.jpg" << false << false;
+    QTest::newRow("bare file name") << "b01.jpg" << false << false;
+    QTest::newRow("not a picture") << "http://host/a/b01.gif" << false << false;
+    QTest::newRow("empty") << "" << false << false;
 }
 
 void MainWindowTest::shortcutButton()
 {
     QFETCH(QString, clipboard);
     QFETCH(bool, accepted);
+    QFETCH(bool, fromMask);
     fakes::TestSeams seams;
     QPointer<frmMain> w = fixture::openMainWindow(seams);
     w->optSame->setChecked(true);
     seams.clipboard.setText(clipboard);
     if (!accepted)
         seams.boxes.expect(platform::Answer::Ok);
-    QTest::mouseClick(w->cmdAddress, Qt::LeftButton);
+    if (fromMask) {
+        w->txtAddress->setText(QStringLiteral("http://host/x/longname001.jpg"));
+        w->txtMask->setText(QStringLiteral("00000000111"));
+        w->txtMask->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_P, Qt::AltModifier);
+        QTest::qWait(200);
+    } else {
+        QTest::mouseClick(w->cmdAddress, Qt::LeftButton);
+    }
     QCOMPARE(w->txtAddress->text(), clipboard);
     if (accepted) {
         QVERIFY(seams.boxes.shown().isEmpty());
-        QVERIFY(!w->txtMask->text().isEmpty());
+        QCOMPARE(w->txtMask->text().size(), clipboard.section(u'/', -1).section(u'.', 0, 0).size());
         QVERIFY(w->optFoward->isChecked());
         QVERIFY(w->cmdStart->hasFocus());
     } else {

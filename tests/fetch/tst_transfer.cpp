@@ -10,6 +10,7 @@
 
 #include <QCheckBox>
 #include <QFile>
+#include <QGroupBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -61,6 +62,8 @@ private slots:
     void outOfRange();
     void failures_data();
     void failures();
+    void saveStaysOffAfterAFailedReply_data();
+    void saveStaysOffAfterAFailedReply();
     void silentServerTimesOut_data();
     void silentServerTimesOut();
     void largeReplyIsKeptWhole();
@@ -68,6 +71,7 @@ private slots:
     void quitMidBodyWaitsForTheTransfer();
 
 private:
+    QString scriptReply(const QString &kind, const QString &path, const QByteArray &good);
     // Starts a run at path with the given mask (empty: derived).
     void start(const QString &path, const QString &mask = QString());
     // Starts a run whose first picture drips in over about a second.
@@ -251,18 +255,9 @@ void TransferTest::failures_data()
         << 0 << 1 << "none";
 }
 
-void TransferTest::failures()
+// Scripts the reply of one kind at path; returns the address to ask for.
+QString TransferTest::scriptReply(const QString &kind, const QString &path, const QByteArray &good)
 {
-    QFETCH(QString, kind);
-    QFETCH(bool, autoMode);
-    QFETCH(QString, status);
-    QFETCH(int, requestsOfFirst);
-    QFETCH(int, failedCalls);
-    QFETCH(QString, tempFile);
-    settings().IncLimit.LongLet(1);
-    w->chkAuto->setChecked(autoMode);
-    const QString path = QStringLiteral("/f/f01.jpg");
-    const QByteArray good = picture(7);
     QString address = server->url(path);
     if (kind == QStringLiteral("charset"))
         server->setScript(path, HttpScript::reply("image/jpeg; charset=x", good));
@@ -286,6 +281,22 @@ void TransferTest::failures()
         address = QStringLiteral("http://tolmara-test.invalid/f/f01.jpg");
     else if (kind == QStringLiteral("redirect"))
         server->setScript(path, HttpScript::redirect(QStringLiteral("/f/moved.jpg"), 301));
+    return address;
+}
+
+void TransferTest::failures()
+{
+    QFETCH(QString, kind);
+    QFETCH(bool, autoMode);
+    QFETCH(QString, status);
+    QFETCH(int, requestsOfFirst);
+    QFETCH(int, failedCalls);
+    QFETCH(QString, tempFile);
+    settings().IncLimit.LongLet(1);
+    w->chkAuto->setChecked(autoMode);
+    const QString path = QStringLiteral("/f/f01.jpg");
+    const QByteArray good = picture(7);
+    QString address = scriptReply(kind, path, good);
     w->Inet1->MaxBody = 1 << 20;
     if (kind == QStringLiteral("nomemory"))
         connect(w, &frmMain::pictureStored, this, [] { throw std::bad_alloc(); });
@@ -313,6 +324,34 @@ void TransferTest::failures()
     QCOMPARE(fileBytes(fixture::tempFile()), tempFile == QStringLiteral("picture") ? good : QByteArray());
     QTest::qWait(100);
     QVERIFY(!runState().RunActive);
+}
+
+// By hand, a picture is shown and SAVE is on; NEXT then fails. SAVE must not
+// store the shown picture under the failed one's name.
+void TransferTest::saveStaysOffAfterAFailedReply_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("frame"); // the frame's caption afterwards
+    QTest::newRow("cut mid-body") << "cut" << "JPEG - f01.jpg...Damaged!";
+    QTest::newRow("no end marker") << "nomarker" << "JPEG - f01.jpg...Damaged!";
+    QTest::newRow("closed without reply") << "closed" << "JPEG - f00.jpg";
+}
+
+void TransferTest::saveStaysOffAfterAFailedReply()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, frame);
+    w->chkAuto->setChecked(false);
+    server->setScript(QStringLiteral("/f/f00.jpg"), HttpScript::reply("image/jpeg", picture(8)));
+    scriptReply(kind, QStringLiteral("/f/f01.jpg"), picture(7));
+    start(QStringLiteral("/f/f00.jpg"));
+    QTRY_VERIFY(!runState().RunActive);
+    QVERIFY(w->cmdSave->isEnabled());
+    QTest::mouseClick(w->cmdNext, Qt::LeftButton);
+    QTRY_VERIFY_WITH_TIMEOUT(!runState().RunActive, 10000);
+    QCOMPARE(w->framLarge->title(), frame);
+    QVERIFY(!runState().SaveAvailable);
+    QVERIFY(!w->cmdSave->isEnabled());
 }
 
 void TransferTest::silentServerTimesOut_data()

@@ -180,6 +180,8 @@ void DisplayTest::mouseButtons_data()
     }
     // Only the left button's double-click opens the projector; others are presses.
     QTest::newRow("double right on pictMain") << "pictMain" << Qt::RightButton << true << true << false << true;
+    QTest::newRow("double right on the projector") << "projector pictLarge" << Qt::RightButton << true << true << false << true;
+    QTest::newRow("double middle on the projector") << "projector pictBase" << Qt::MiddleButton << true << false << true << true;
 }
 
 void DisplayTest::mouseButtons()
