@@ -4,11 +4,11 @@
 
 #include "fetch/frmMain.h"
 #include "support/fakes.h"
+#include "support/http_server.h"
+#include "view/frmLarge.h"
 
-#include <QByteArray>
 #include <QEvent>
 #include <QPointer>
-#include <QString>
 
 namespace viewtest {
 
@@ -17,9 +17,6 @@ class OpenWindow {
 public:
     explicit OpenWindow(fakes::TestSeams &seams);
     ~OpenWindow();
-    OpenWindow(const OpenWindow &) = delete;
-    OpenWindow &operator=(const OpenWindow &) = delete;
-
     frmMain *operator->() const { return m_window; }
     frmMain &operator*() const { return *m_window; }
 
@@ -28,18 +25,12 @@ private:
 };
 
 // Writes bytes to the run's temporary file as the reply handler does, under
-// the picture's own name, and marks it available for saving.
-void putPicture(const QByteArray &bytes, const QString &fileName = QStringLiteral("pic007.jpg"));
-// ShowPic(true) on bytes.
-void showPicture(const QByteArray &bytes, const QString &fileName = QStringLiteral("pic007.jpg"));
-
+// the picture's own name, and marks it available for saving; show also shows it.
+void putPicture(const QByteArray &bytes, const QString &fileName = QStringLiteral("pic007.jpg"), bool show = false);
+inline void showPicture(const QByteArray &bytes) { putPicture(bytes, QStringLiteral("pic007.jpg"), true); }
 // Sends a mouse event straight to a widget, at pos in its own coordinates.
 void sendMouse(QWidget *widget, QEvent::Type type, Qt::MouseButton button, QPoint pos = QPoint(5, 5));
-
-// A JPEG whose header says it is width x height pixels, without the pixels.
-QByteArray jpegClaimingSize(int width, int height);
-
-// The file names in a directory, sorted.
+void openProjector(frmMain &w);
 QStringList filesIn(const QString &dir);
 QByteArray contents(const QString &path);
 
