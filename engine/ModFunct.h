@@ -78,6 +78,12 @@ bool isUniform(const QString &text);
 bool isNumberGroup(const QString &text);
 // The first character is a letter "A" to "Z" in either case.
 bool isLetter(const QString &text);
+// Recodes groups so that the length positions from start (1-based) form one
+// group of their own; the runs left of it keep their boundaries under new
+// codes, the runs right of it stay as they are. An empty selection makes the
+// position left of start a group of its own. "error" when the selection does
+// not lie inside the text.
+QString RegroupSelection(const QString &groups, qsizetype start, qsizetype length);
 
 // --- Counter stepping --------------------------------------------------------
 

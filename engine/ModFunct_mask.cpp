@@ -168,3 +168,30 @@ bool isLetter(const QString &text)
     const QChar c = text.front();
     return (c >= QLatin1Char('A') && c <= QLatin1Char('Z')) || (c >= QLatin1Char('a') && c <= QLatin1Char('z'));
 }
+
+QString RegroupSelection(const QString &groups, qsizetype start, qsizetype length)
+{
+    const qsizetype last = start + length - 1; // the selection's last position
+    if (start < 1 || length < 0 || last > groups.size())
+        return ErrorText;
+    if (length == 0) {
+        // Nothing selected: the position left of the caret stands alone.
+        if (start == 1)
+            return groups;
+        --start;
+    }
+    const auto switched = [](QChar code) { return code == Star ? Amp : Star; };
+    // From the right: the runs after the selection stay as they are, the
+    // selection takes the other code, and so does its left neighbour; further
+    // left a code changes where the old text changed.
+    QString result = groups;
+    QChar code = switched(last < groups.size() ? charAt(groups, last + 1) : Amp);
+    for (qsizetype pos = last; pos >= start; --pos)
+        setCharAt(result, pos, code);
+    for (qsizetype pos = start - 1; pos >= 1; --pos) {
+        if (pos == start - 1 || charAt(groups, pos) != charAt(groups, pos + 1))
+            code = switched(code);
+        setCharAt(result, pos, code);
+    }
+    return result;
+}

@@ -4,6 +4,7 @@
 #include "fetch/frmMain.h"
 
 #include "app/bug_alert.h"
+#include "app/mask_edit_texts.h"
 #include "app/numbers.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
@@ -12,6 +13,7 @@
 #include "fetch/run_state.h"
 #include "magazine/frmMagazine.h"
 #include "platform/seams.h"
+#include "ui/frmMaskEdit.h"
 
 #include <QCheckBox>
 #include <QEvent>
@@ -20,6 +22,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScopedValueRollback>
 #include <QTimer>
 
 namespace {
@@ -155,12 +158,24 @@ void frmMain::txtMaskForceFocus()
     txtMask->selectAll();
 }
 
-// The one place that opens the advanced mask editor. Until that window
-// exists, the mask is handed to its text box for editing.
+// Opens the advanced mask editor on the address's name and the mask; an
+// accepted mask comes back into txtMask with its groups.
 void frmMain::LoadMaskEdit()
 {
-    txtMask->setFocus();
-    txtMask->selectAll();
+    try {
+        MaskEditTexts &texts = maskEditTexts();
+        texts.sMaskBaseName = sTrimExtensions(sRetFNames(txtAddress->text().trimmed(), QStringLiteral("/")));
+        texts.sMaskDirections = sMaskToDirections(txtMask->text().trimmed());
+        texts.sMaskGroups = GroupText;
+        texts.bMaskEditFromMagazine = false;
+        frmMaskEdit::open(this, [this] {
+            txtMask->setText(maskEditTexts().sMaskDirections);
+            GroupText = maskEditTexts().sMaskGroups;
+            txtMask->setToolTip(groupTip(GroupText));
+        });
+    } catch (const Fault &f) {
+        BugAlert(QStringLiteral("frmMain.LoadMaskEdit"), QString(), f);
+    }
 }
 
 void frmMain::ResumeRun()
@@ -279,7 +294,8 @@ void frmMain::txtMask_GotFocus()
 }
 
 // A click on "Mask" or a double-click on the mask: the advanced editor when
-// the mask fits the address, else a freshly derived mask.
+// the mask fits the address, else a freshly derived mask, which then opens in
+// the editor when the address allows one.
 void frmMain::openMaskEditor()
 {
     const QString address = txtAddress->text();
@@ -287,11 +303,13 @@ void frmMain::openMaskEditor()
         txtMask->clear();
     } else if (address != QStringLiteral("Enter JPEG URL Here!")) {
         const QString base = sTrimExtensions(sRetFNames(address, QStringLiteral("/")));
-        if (base != ErrorText && bIsValidMask(base, txtMask->text(), GroupText)) {
+        // An empty mask needs no check (and no box saying so): one is derived.
+        if (base != ErrorText && !txtMask->text().isEmpty() && bIsValidMask(base, txtMask->text(), GroupText)) {
             LoadMaskEdit();
             return;
         }
     }
+    const QScopedValueRollback advanced(m_advancedEdit, true);
     txtMaskForceFocus();
 }
 

@@ -58,6 +58,7 @@ QString callEngine(const QString &call, const QStringList &a)
         OP(sMaskToDirections, sMaskToDirections(a[0])),
         OP(sMaskToGroups, sMaskToGroups(a[0])),
         OP(bIsValidMask, flag(bIsValidMask(a[0], a[1], a[2]))),
+        OP(RegroupSelection, RegroupSelection(a[0], a[1].toLongLong(), a[2].toLongLong())),
         OP(sStepGroup, sStepGroup(a[0], a[1].toShort(), true)),
         OP(sStepLetter, sStepLetter(a[0], a[1].toShort(), a[2] == u"true"_s)),
         OP(sStepNumber, sStepNumber(a[0], a[1].toInt(), a[2] == u"true"_s)),
@@ -170,6 +171,20 @@ void EngineTest::calls_data()
     row("bIsValidMask", {"", "x", "*"}, "false");
     row("bIsValidMask", {"pic007", "000-+-", "&&&***"}, "false");
     row("bIsValidMask", {"pic007", "000+++", "&&&**&"}, "false");
+    // Regrouping a selection (start, length): it becomes one group, the runs
+    // left of it keep their bounds under new codes, the runs right of it stay.
+    row("RegroupSelection", {"******", "3", "2"}, "**&&**");
+    row("RegroupSelection", {"&&&***", "5", "1"}, "&&&*&*");
+    row("RegroupSelection", {"&&&***", "1", "6"}, "******");
+    row("RegroupSelection", {"*&*&*&*", "3", "3"}, "*&***&*");
+    row("RegroupSelection", {"&*&*", "1", "2"}, "**&*");
+    row("RegroupSelection", {"&&&***", "4", "0"}, "**&***");
+    row("RegroupSelection", {"&&&***", "7", "0"}, "***&&*");
+    row("RegroupSelection", {"&&&***", "1", "0"}, "&&&***");
+    row("RegroupSelection", {"", "1", "0"}, "");
+    row("RegroupSelection", {"&&&***", "5", "3"}, "error");
+    row("RegroupSelection", {"&&&***", "0", "1"}, "error");
+    row("RegroupSelection", {"&&&***", "8", "0"}, "error");
     // Counter stepping
     row("sStepGroups", {"pic007", "000111", "&&&***", "5", "true"}, "pic012");
     row("sStepGroups", {"pic007", "000+++", "&&&***", "-8", "true"}, "Out of Range");
@@ -247,6 +262,19 @@ void EngineTest::randomInvariants()
         QVERIFY2(groups.size() == mask.size() && bGroupCharsOK(groups), qPrintable(mask));
         for (qsizetype p = 0; p + 1 < mask.size(); ++p)
             QVERIFY2((mask.at(p) == mask.at(p + 1)) == (groups.at(p) == groups.at(p + 1)), qPrintable(mask));
+        // A regrouped selection is one group of its own; every other bound stays.
+        const qsizetype first = rng.bounded(1, int(groups.size()) + 1);
+        const qsizetype last = first + rng.bounded(int(groups.size() - first) + 1);
+        const QString regrouped = RegroupSelection(groups, first, last - first + 1);
+        bool kept = regrouped.size() == groups.size() && bGroupCharsOK(regrouped);
+        for (qsizetype p = 1; kept && p < groups.size(); ++p) {
+            const bool bound = regrouped.at(p - 1) != regrouped.at(p);
+            kept = p == first - 1 || p == last ? bound
+                : p >= first && p < last       ? !bound
+                                               : bound == (groups.at(p - 1) != groups.at(p));
+        }
+        if (!kept)
+            QFAIL(qPrintable(groups + u' ' + regrouped));
         // The mask derived for a name ending in a letter or digit passes validation.
         const QString name = randomText(rng, mixed, 0, 12) + randomText(rng, counters, 1, 1);
         const QString derived = sDeriveMasks(u"http://h/d/"_s + name + u".jpg"_s, false);

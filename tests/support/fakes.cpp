@@ -1,6 +1,7 @@
 #include "support/fakes.h"
 
 #include "app/main_window_link.h"
+#include "app/mask_edit_texts.h"
 #include "app/modMain.h"
 #include "app/paths.h"
 #include "app/settings.h"
@@ -65,6 +66,7 @@ TestSeams::TestSeams()
     platform::install(&clock);
     resetSettings();
     resetStartup();
+    resetMaskEditTexts();
     installMainWindowLink(nullptr);
     overrideProgramDir(QDir::toNativeSeparators(programDir()));
 }
