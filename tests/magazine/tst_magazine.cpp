@@ -54,7 +54,7 @@ private slots:
     void cleanup();
     void accept_data();
     void accept();
-    void wholeRunFiresEveryRowAtTheLimit();
+    void wholeRunFiresEveryRowInTurn();
     void rowsOutliveTheProgram();
 
 private:
@@ -192,16 +192,16 @@ void MagazineTest::accept()
     QTRY_VERIFY(d.isNull());
 }
 
-// Three series, each ending at its first missing picture, fired one after
-// another at the limit; the run ends after the third.
-void MagazineTest::wholeRunFiresEveryRowAtTheLimit()
+// Three series fired one after another when the one before ends, at the limit
+// or below zero; the run ends after the third.
+void MagazineTest::wholeRunFiresEveryRowInTurn()
 {
     ScriptedHttpServer server;
     settings().IncLimit.LongLet(1);
-    for (const QString &name : u"a01 b09 b08 c1 c2 d5"_s.split(u' '))
+    for (const QString &name : u"a01 b01 b00 c1 c2 d5"_s.split(u' '))
         server.setScript(u"/%1.jpg"_s.arg(name), HttpScript::reply("image/jpeg", makeJpeg(QSize(60, 40), true)));
     const QString url = server.url(u"/"_s);
-    frmMagazine *d = openAndFill(url + u"b09.jpg||-;"_s + url + u"c1.jpg|01|+;"_s + url + u"d5.jpg||+"_s);
+    frmMagazine *d = openAndFill(url + u"b01.jpg||-;"_s + url + u"c1.jpg|01|+;"_s + url + u"d5.jpg||+"_s);
     QTest::mouseClick(d->cmdOK, Qt::LeftButton);
     d = openAndFill(QString()); // open while the run goes on: fired rows leave it too
     w->timCallGetNext->setInterval(100); // each caption shows long enough to be seen
@@ -210,7 +210,7 @@ void MagazineTest::wholeRunFiresEveryRowAtTheLimit()
     for (const QString &caption : {u"Mag: 3"_s, u"Mag: 2"_s, u"Mag: 1"_s, u"Magazine"_s})
         QTRY_COMPARE_WITH_TIMEOUT(w->cmdLoadMag->text(), caption, 10000);
     QTRY_VERIFY_WITH_TIMEOUT(!runState().RunActive, 10000);
-    QCOMPARE(server.requestLog().join(u' '), u"/a01.jpg /a02.jpg /b09.jpg /b08.jpg /b07.jpg /c1.jpg /c2.jpg /c3.jpg "
+    QCOMPARE(server.requestLog().join(u' '), u"/a01.jpg /a02.jpg /b01.jpg /b00.jpg /c1.jpg /c2.jpg /c3.jpg "
                                              "/d5.jpg /d6.jpg"_s);
     QCOMPARE(w->txtStatus->text(), u"Enter URL"_s);
     QCOMPARE(shownRows(*d), QString());
