@@ -2,7 +2,6 @@
 #include "app/settings.h"
 #include "fetch/lamp.h"
 #include "fetch/run_state.h"
-#include "platform/Inet1.h"
 #include "support/fakes.h"
 #include "support/http_server.h"
 #include "support/test_main.h"
@@ -23,132 +22,75 @@
 class MainWindowTest : public QObject {
     Q_OBJECT
 private slots:
-    void startWithEmptyMaskDerivesOneAndRequestsTheStart();
-    void startWhileRunningStops();
-    void manualRunEndsAfterOnePicture();
-    void heldSkipSkipsWithoutRequests();
+    void startDerivesTheMaskAndStopCancels();
+    void manualRunNextAndHeldSkip();
     void incrementCheck_data();
     void incrementCheck();
     void shortcutButton_data();
     void shortcutButton();
-    void toolTipsFollowTheSetting();
-    void labelsResetCounters();
-    void statusLineShowsAndCopiesTheAddress();
+    void tipsLabelsAndStatusLine();
     void randomTextsNeverCrash();
-
-private:
-    void typeAddress(frmMain &w, const QString &address);
-    // A manual run of one picture at path, ended.
-    QPointer<frmMain> endedManualRun(fakes::TestSeams &seams, ScriptedHttpServer &server, const QString &path);
 };
 
-void MainWindowTest::typeAddress(frmMain &w, const QString &address)
-{
-    w.txtAddress->clear();
-    QTest::keyClicks(w.txtAddress, address);
-}
-
-QPointer<frmMain> MainWindowTest::endedManualRun(fakes::TestSeams &seams, ScriptedHttpServer &server,
-                                                const QString &path)
-{
-    server.setScript(path, HttpScript::reply("image/jpeg", makeJpeg(QSize(64, 64), true)));
-    QPointer<frmMain> w = fixture::openMainWindow(seams);
-    w->chkAuto->setChecked(false);
-    typeAddress(*w, server.url(path));
-    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
-    if (!QTest::qWaitFor([] { return !runState().RunActive; }))
-        qWarning("the manual run did not end");
-    return w;
-}
-
-void MainWindowTest::startWithEmptyMaskDerivesOneAndRequestsTheStart()
+void MainWindowTest::startDerivesTheMaskAndStopCancels()
 {
     fakes::TestSeams seams;
     ScriptedHttpServer server;
+    server.setScript(QStringLiteral("/img/pic007.jpg"), HttpScript::neverReply());
     QPointer<frmMain> w = fixture::openMainWindow(seams);
+    settings().TimeOut.LongLet(1);
     w->optBack->setChecked(true);
-    typeAddress(*w, server.url(QStringLiteral("/img/pic007.jpg")));
+    QTest::keyClicks(w->txtAddress, server.url(QStringLiteral("/img/pic007.jpg")));
     QTest::mouseClick(w->cmdStart, Qt::LeftButton);
     QCOMPARE(w->txtMask->text(), QStringLiteral("000111"));
     QCOMPARE(w->GroupText, QStringLiteral("&&&***"));
     QVERIFY(!w->txtMask->hasFocus()); // a key typed during the run leaves the mask alone
-    QVERIFY(w->optFoward->isChecked());
-    const RunState &run = runState();
-    QVERIFY(run.RunActive);
+    QVERIFY(w->optFoward->isChecked() && runState().RunActive && w->shpGreen->isLit() && !w->shpRed->isLit());
     QCOMPARE(w->cmdStart->text(), QStringLiteral("S&TOP"));
-    QCOMPARE(w->shpGreen->fillColor(), QColor(0, 255, 0));
-    QVERIFY(!w->shpRed->isLit());
     QVERIFY(!w->cmdNext->isEnabled() && !w->cmdSave->isEnabled() && !w->cmdSkip->isEnabled());
-    QVERIFY(!w->txtIncrement->isEnabled());
-    QTRY_VERIFY(server.totalRequests() >= 1);
-    QCOMPARE(server.requestLog().first(), QStringLiteral("/img/pic007.jpg"));
+    QTRY_COMPARE(server.requestLog(), QStringList{QStringLiteral("/img/pic007.jpg")});
+    const QString requesting = w->txtStatus->text();
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    QCOMPARE(w->txtStatus->text(), QStringLiteral("Cancelling Request - Please wait!"));
+    QVERIFY(!runState().RunActive && w->shpRed->isLit());
+    QCOMPARE(w->cmdStart->text(), QStringLiteral("S&TART"));
+    QTRY_COMPARE(w->txtStatus->text(), QStringLiteral("Stopped at ") + requesting.mid(10));
+    QVERIFY(w->cmdStart->isEnabled());
+    QCOMPARE(server.totalRequests(), 1);
     QVERIFY(seams.boxes.shown().isEmpty());
     w->Unload();
 }
 
-void MainWindowTest::startWhileRunningStops()
+// A manual run ends after one picture; NEXT fetches the following name, and a
+// held SKIP steps on, after a pause, without any request.
+void MainWindowTest::manualRunNextAndHeldSkip()
 {
     fakes::TestSeams seams;
     ScriptedHttpServer server;
-    server.setScript(QStringLiteral("/s/a01.jpg"), HttpScript::neverReply());
+    for (const char *path : {"/m/n0100.jpg", "/m/n0101.jpg"})
+        server.setScript(QLatin1String(path), HttpScript::reply("image/jpeg", makeJpeg(QSize(64, 64), true)));
     QPointer<frmMain> w = fixture::openMainWindow(seams);
-    settings().TimeOut.LongLet(1);
-    typeAddress(*w, server.url(QStringLiteral("/s/a01.jpg")));
+    w->chkAuto->setChecked(false);
+    w->txtAddress->setText(server.url(QStringLiteral("/m/n0100.jpg")));
     QTest::mouseClick(w->cmdStart, Qt::LeftButton);
-    QTRY_COMPARE(server.totalRequests(), 1);
-    const QString requesting = w->txtStatus->text();
-    QVERIFY(requesting.startsWith(QLatin1String("Requesting http://127.0.0.1")));
-    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
-    QCOMPARE(w->txtStatus->text(), QStringLiteral("Cancelling Request - Please wait!"));
-    QVERIFY(!runState().RunActive);
-    QVERIFY(w->shpRed->isLit());
-    QCOMPARE(w->cmdStart->text(), QStringLiteral("S&TART"));
-    QTRY_VERIFY(w->txtStatus->text().startsWith(QLatin1String("Stopped at ")));
-    QCOMPARE(w->txtStatus->text(), QStringLiteral("Stopped at ") + requesting.mid(10));
-    QVERIFY(w->cmdStart->isEnabled());
-    QTest::qWait(300);
-    QCOMPARE(server.totalRequests(), 1);
-    w->Unload();
-}
-
-void MainWindowTest::manualRunEndsAfterOnePicture()
-{
-    fakes::TestSeams seams;
-    ScriptedHttpServer server;
-    QPointer<frmMain> w = endedManualRun(seams, server, QStringLiteral("/m/p10.jpg"));
-    QVERIFY(!runState().RunActive);
+    QTRY_VERIFY(!runState().RunActive);
     QCOMPARE(w->txtStatus->text(), QStringLiteral("Enter URL"));
     QVERIFY(w->shpRed->isLit() && !w->shpGreen->isLit() && !w->shpYellow->isLit());
-    QCOMPARE(w->cmdStart->text(), QStringLiteral("S&TART"));
-    QCOMPARE(w->cmdStart->toolTip(), QStringLiteral("Download This JPEG Series"));
-    QVERIFY(w->cmdNext->isEnabled() && w->cmdSkip->isEnabled() && w->txtIncrement->isEnabled());
-    QVERIFY(w->cmdSave->isEnabled()); // a picture is there to save
-    QCOMPARE(server.totalRequests(), 1);
-    // NEXT goes on with the following name.
+    QVERIFY(w->cmdNext->isEnabled() && w->cmdSkip->isEnabled() && w->txtIncrement->isEnabled() && w->cmdSave->isEnabled());
     QTest::mouseClick(w->cmdNext, Qt::LeftButton);
-    QTRY_COMPARE(server.totalRequests(), 2);
-    QCOMPARE(server.requestLog().last(), QStringLiteral("/m/p11.jpg"));
     QTRY_VERIFY(!runState().RunActive);
-    QVERIFY(!w->cmdSave->isEnabled() || runState().SaveAvailable);
-    w->Unload();
-}
-
-void MainWindowTest::heldSkipSkipsWithoutRequests()
-{
-    fakes::TestSeams seams;
-    ScriptedHttpServer server;
-    QPointer<frmMain> w = endedManualRun(seams, server, QStringLiteral("/k/n0100.jpg"));
+    QCOMPARE(server.requestLog().last(), QStringLiteral("/m/n0101.jpg"));
     QTRY_VERIFY(w->cmdSkip->isEnabled());
     QTest::mousePress(w->cmdSkip, Qt::LeftButton);
-    QTest::qWait(2000);
+    QTest::qWait(1000);
     QTest::mouseRelease(w->cmdSkip, Qt::LeftButton);
     const qint32 skipped = runState().StepOffset;
-    QVERIFY2(skipped >= 35 && skipped <= 70, qPrintable(QString::number(skipped)));
+    QVERIFY2(skipped >= 5 && skipped <= 30, qPrintable(QString::number(skipped)));
     QCOMPARE(w->txtStatus->text(), QStringLiteral("Skipping ")
-                                       + server.url(QStringLiteral("/k/n%1.jpg").arg(100 + skipped, 4, 10, QLatin1Char('0'))));
+                                       + server.url(QStringLiteral("/m/n%1.jpg").arg(100 + skipped, 4, 10, QLatin1Char('0'))));
     QTest::qWait(100);
     QCOMPARE(runState().StepOffset, skipped);
-    QCOMPARE(server.totalRequests(), 1);
+    QCOMPARE(server.totalRequests(), 2);
     w->Unload();
 }
 
@@ -165,11 +107,8 @@ void MainWindowTest::incrementCheck_data()
     QTest::newRow("rounds up, then START by Alt+T") << "2.6" << "2.6" << 3 << "" << "alt+t";
     QTest::newRow("zero, window deactivated") << "0" << "0" << 5 << "" << "deactivated";
     QTest::newRow("zero") << "0" << "1" << 5 << "Sorry! - Invalid Increment" << "focus";
-    QTest::newRow("negative") << "-1" << "1" << 5 << "Sorry! - Invalid Increment" << "focus";
     QTest::newRow("rounds to zero") << "0.4" << "1" << 5 << "Sorry! - Invalid Increment" << "focus";
     QTest::newRow("no number") << "abc" << "1" << 5 << "Sorry! - Invalid Increment" << "focus";
-    QTest::newRow("empty") << "" << "1" << 5 << "Sorry! - Invalid Increment" << "focus";
-    QTest::newRow("rounds up") << "2.6" << "2.6" << 3 << "" << "focus";
     QTest::newRow("half to even") << "2.5" << "2.5" << 2 << "" << "focus";
     QTest::newRow("leading number") << "7abc" << "7abc" << 7 << "" << "focus";
     QTest::newRow("largest") << "32767" << "32767" << 32767 << "" << "focus";
@@ -214,15 +153,10 @@ void MainWindowTest::incrementCheck()
     QCOMPARE(w->txtIncrement->text(), shown);
     QCOMPARE(int(runState().StepIncrement), step);
     QCOMPARE(seams.boxes.shown().size(), box.isEmpty() ? 0 : 1);
-    if (box == QStringLiteral("Sorry! - Invalid Increment")) {
-        QCOMPARE(seams.boxes.shown().first().text,
-                 QStringLiteral("Increment wants to be a counting number greater than zero."));
-        QCOMPARE(seams.boxes.shown().first().icon, platform::Icon::Exclamation);
-        QTRY_VERIFY(w->txtIncrement->hasFocus());
-    } else if (!box.isEmpty()) {
+    if (!box.isEmpty())
         QCOMPARE(seams.boxes.shown().first().title, box);
-        QVERIFY(seams.boxes.shown().first().text.contains(QLatin1String("txtIncrement_Change:\r\nOverflow")));
-    }
+    if (box == QStringLiteral("Sorry! - Invalid Increment"))
+        QTRY_VERIFY(w->txtIncrement->hasFocus());
     w->Unload();
 }
 
@@ -269,93 +203,42 @@ void MainWindowTest::shortcutButton()
         QVERIFY(w->cmdStart->hasFocus());
     } else {
         QCOMPARE(seams.boxes.shown().size(), 1);
-        const platform::MessageBoxRequest box = seams.boxes.shown().first();
-        QCOMPARE(box.title, QStringLiteral("Hmmm..."));
-        QCOMPARE(box.text,
-                 QStringLiteral(" The contents of the clipboard do not appear to be a valid URL.\r\n\r\n"
-                                "First...copy the URL of one image of a JPEG series to the Window's clipboard.\r\n\r\n"
-                                "Then when you click on the Shortcut Button, the URL will be fired here!"));
+        QCOMPARE(seams.boxes.shown().first().title, QStringLiteral("Hmmm..."));
         QVERIFY(w->optSame->isChecked());
     }
     w->Unload();
 }
 
-void MainWindowTest::toolTipsFollowTheSetting()
+// Tips are set from the setting and cleared without it; the labels reset
+// their counters; the status line shows the whole address and copies it.
+void MainWindowTest::tipsLabelsAndStatusLine()
 {
     for (const bool on : {true, false}) {
         fakes::TestSeams seams;
         store::write(QStringLiteral("ToolTips"), on ? QStringLiteral("TRUE") : QStringLiteral("FALSE"));
-        store::write(QStringLiteral("SaveDir"), QStringLiteral("/pics"));
         QPointer<frmMain> w = fixture::openMainWindow(seams);
-        const QMap<QString, QString> expected = {
-            {QStringLiteral("chkAuto"), QStringLiteral("Switch To Full Auto")},
-            {QStringLiteral("chkMagEnable"), QStringLiteral("Enable Reload From Magazine")},
-            {QStringLiteral("cmdAddress"), QStringLiteral("Shortcut Button!")},
-            {QStringLiteral("cmdLoadMag"), QStringLiteral("Load URL Magazine")},
-            {QStringLiteral("cmdConfig"), QStringLiteral("Configure Tolmara")},
-            {QStringLiteral("cmdSkip"), QStringLiteral("Skip The Next JPEG")},
-            {QStringLiteral("cmdNext"), QStringLiteral("Get Next JPEG Without Saving This One")},
-            {QStringLiteral("cmdQuit"), QStringLiteral("Cancel And Exit Tolmara")},
-            {QStringLiteral("cmdSave"), QStringLiteral("Save This JPEG To ") + fixture::saveDir(seams)},
-            {QStringLiteral("lblDownLoad"), QStringLiteral("Double Click To Zero")},
-            {QStringLiteral("lblIncrement"), QStringLiteral("Double Click For 1")},
-            {QStringLiteral("lblMask"), QStringLiteral("Click for Advanced Mask Edit")},
-            {QStringLiteral("lblSaved"), QStringLiteral("Double Click To Zero")},
-            {QStringLiteral("optBack"), QStringLiteral("Sends The Calling Direction Backwards")},
-            {QStringLiteral("optFoward"), QStringLiteral("Sends The Calling Direction Forwards")},
-            {QStringLiteral("optSame"), QStringLiteral("Recalls The Same File")},
-            {QStringLiteral("pictBase"), QStringLiteral(">> Projector | >Next | >Save")},
-            {QStringLiteral("pictMain"), QStringLiteral(">> Projector | >Next | >Save")},
-            {QStringLiteral("txtAddress"), QStringLiteral("Enter JPEG URL Here!")},
-            {QStringLiteral("txtIncrement"), QStringLiteral("Set Increment Value")},
-            {QStringLiteral("txtMask"), QStringLiteral("Edit Mask Here")},
-            {QStringLiteral("txtStatus"), QStringLiteral("> To Expand URL | >> Copy To Clipboard")},
-            {QStringLiteral("txtTotal"), QStringLiteral("Displays Total Num. Of Saves")},
-            {QStringLiteral("txtTotalDown"), QStringLiteral("Displays Total Num. Of Calls")},
-            {QStringLiteral("cmdStart"), QStringLiteral("Download This JPEG Series")},
-        };
         const QList<QWidget *> controls = formControls(w);
-        for (QWidget *control : controls) {
-            const QString want = on ? expected.value(control->objectName()) : QString();
-            QVERIFY2(control->toolTip() == want,
-                     qPrintable(control->objectName() + QStringLiteral(": ") + control->toolTip()));
-        }
+        QCOMPARE(std::count_if(controls.cbegin(), controls.cend(), [](QWidget *c) { return !c->toolTip().isEmpty(); }),
+                 on ? 25 : 0);
+        QCOMPARE(w->cmdSave->toolTip(), on ? QStringLiteral("Save This JPEG To ") + fixture::saveDir(seams) : QString());
+        runState().MinedCount = 12;
+        runState().SavedCount = 4;
+        w->txtIncrement->setText(QStringLiteral("9"));
+        QTest::mouseDClick(w->lblDownLoad, Qt::LeftButton);
+        QVERIFY(runState().MinedCount == 0 && runState().SavedCount == 4);
+        QCOMPARE(w->txtTotalDown->text(), QStringLiteral("0"));
+        QTest::mouseDClick(w->lblSaved, Qt::LeftButton);
+        QCOMPARE(w->txtTotal->text(), QStringLiteral("0"));
+        QTest::mouseDClick(w->lblIncrement, Qt::LeftButton);
+        QCOMPARE(w->txtIncrement->text(), QStringLiteral("1"));
+        runState().CurrentURL = QStringLiteral("http://host/a/very/long/folder/name/that/does/not/fit/pic0042.jpg");
+        QTest::mouseClick(w->txtStatus, Qt::LeftButton);
+        QCOMPARE(w->txtStatus->text(), runState().CurrentURL);
+        QVERIFY(seams.clipboard.text().isEmpty());
+        QTest::mouseDClick(w->txtStatus, Qt::LeftButton);
+        QCOMPARE(seams.clipboard.text(), runState().CurrentURL);
         w->Unload();
     }
-}
-
-void MainWindowTest::labelsResetCounters()
-{
-    fakes::TestSeams seams;
-    QPointer<frmMain> w = fixture::openMainWindow(seams);
-    runState().MinedCount = 12;
-    runState().SavedCount = 4;
-    w->txtTotalDown->setText(QStringLiteral("12"));
-    w->txtTotal->setText(QStringLiteral("4"));
-    w->txtIncrement->setText(QStringLiteral("9"));
-    QTest::mouseDClick(w->lblDownLoad, Qt::LeftButton);
-    QCOMPARE(runState().MinedCount, 0);
-    QCOMPARE(w->txtTotalDown->text(), QStringLiteral("0"));
-    QCOMPARE(runState().SavedCount, 4);
-    QTest::mouseDClick(w->lblSaved, Qt::LeftButton);
-    QCOMPARE(w->txtTotal->text(), QStringLiteral("0"));
-    QTest::mouseDClick(w->lblIncrement, Qt::LeftButton);
-    QCOMPARE(w->txtIncrement->text(), QStringLiteral("1"));
-    w->Unload();
-}
-
-void MainWindowTest::statusLineShowsAndCopiesTheAddress()
-{
-    fakes::TestSeams seams;
-    QPointer<frmMain> w = fixture::openMainWindow(seams);
-    runState().CurrentURL = QStringLiteral("http://host/a/very/long/folder/name/that/does/not/fit/pic0042.jpg");
-    QTest::mouseClick(w->txtStatus, Qt::LeftButton);
-    QCOMPARE(w->txtStatus->text(), runState().CurrentURL);
-    QVERIFY(seams.clipboard.text().isEmpty());
-    QTest::mouseDClick(w->txtStatus, Qt::LeftButton);
-    QCOMPARE(seams.clipboard.text(), runState().CurrentURL);
-    QCOMPARE(w->txtStatus->selectedText(), runState().CurrentURL);
-    w->Unload();
 }
 
 // Random texts typed into the address, mask and step boxes and started:
@@ -387,7 +270,7 @@ void MainWindowTest::randomTextsNeverCrash()
         if (box.title == QStringLiteral("Bug Alert!") && !due(box.text) && failing.isEmpty())
             failing = w->txtAddress->text() + QStringLiteral(" | mask ") + w->txtMask->text() + QStringLiteral(" | ") + box.text;
     });
-    for (int i = 0; i < 3000; ++i) {
+    for (int i = 0; i < 1000; ++i) {
         QString address = randomText(40);
         if (i % 3 == 0)
             address = QStringLiteral("http://127.0.0.1:9/") + randomText(12) + QStringLiteral(".jpg");
