@@ -1,6 +1,7 @@
 #include "magazine/frmMagazine.h"
 
 #include "app/bug_alert.h"
+#include "app/mask_edit_texts.h"
 #include "app/modMain.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
@@ -9,6 +10,7 @@
 #include "fetch/modfrmMain.h"
 #include "fetch/run_state.h"
 #include "platform/seams.h"
+#include "ui/frmMaskEdit.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -295,22 +297,45 @@ void frmMagazine::iTxtMaskGotFocusRoutine(int row)
     }
 }
 
-// The advanced mask editor for a row that has an address. Until that window
-// exists, the row's mask is selected for editing in its box.
+// The advanced mask editor for a row that has an address; the mask it
+// accepts comes back into the row through takeEditedMask.
 void frmMagazine::CallMaskEdit(int row)
 {
     try {
         const QString url = txtURL[row]->text().trimmed();
-        if (url.isEmpty())
-            return;
-        if (baseNameOf(url).isEmpty()) {
+        const QString base = baseNameOf(url);
+        if (base.isEmpty()) {
             showStatus(QStringLiteral("Row %1 Has No File Name To Mask").arg(rowText(row)));
             return;
         }
-        txtMask[row]->selectAll();
+        syncRows();
+        // A mask of another length than the name starts the editor from the default one.
+        const QString mask = txtMask[row]->text().size() == base.size() ? txtMask[row]->text() : derivedMask(url);
+        MaskEditTexts &texts = maskEditTexts();
+        texts.sMaskBaseName = base;
+        texts.sMaskDirections = sMaskToDirections(mask);
+        texts.sMaskGroups = mask == txtMask[row]->text() ? m_groups[row] : sMaskToGroups(mask);
+        texts.bMaskEditFromMagazine = true;
+        bMagMaskEditCallBack = false;
+        QPointer<frmMagazine> self(this);
+        if (frmMaskEdit::open(this, [self, row] {
+                if (self)
+                    self->takeEditedMask(row);
+            }))
+            showStatus(QStringLiteral("Mark The Counters Of Row %1, Then Press SET").arg(rowText(row)));
     } catch (const Fault &f) {
         BugAlert(QStringLiteral("CallMaskEdit"), QString(), f);
     }
+}
+
+void frmMagazine::takeEditedMask(int row)
+{
+    bMagMaskEditCallBack = true;
+    const MaskEditTexts &texts = maskEditTexts();
+    txtMask[row]->setText(texts.sMaskDirections);
+    m_groups[row] = texts.sMaskGroups;
+    m_groupMasks[row] = texts.sMaskDirections;
+    showStatus(QStringLiteral("Row %1 Mask Set - Press OK To Load The Magazine").arg(rowText(row)));
 }
 
 bool frmMagazine::eventFilter(QObject *watched, QEvent *event)

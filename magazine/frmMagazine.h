@@ -80,6 +80,7 @@ private:
     void lblRow_Click(int row);
     void iTxtMaskGotFocusRoutine(int row);
     void CallMaskEdit(int row);
+    void takeEditedMask(int row);
     void syncRows();
     bool checkRows();
     void cmdOK_Click();

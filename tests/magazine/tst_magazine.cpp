@@ -5,12 +5,14 @@
 #include "support/http_server.h"
 #include "support/test_main.h"
 #include "support/window_fixture.h"
+#include "ui/frmMaskEdit.h"
 
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
+#include <QTextEdit>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
@@ -54,6 +56,7 @@ private slots:
     void cleanup();
     void accept_data();
     void accept();
+    void maskEditorSetsTheRow();
     void wholeRunFiresEveryRowInTurn();
     void rowsOutliveTheProgram();
 
@@ -190,6 +193,27 @@ void MagazineTest::accept()
     }
     QVERIFY(w->cmdLoadMag->isEnabled());
     QTRY_VERIFY(d.isNull());
+}
+
+// A double-click on a row's mask opens the advanced editor over the dialog;
+// its SET comes back into that row.
+void MagazineTest::maskEditorSetsTheRow()
+{
+    frmMagazine *d = openAndFill(u"http://h/a1.jpg||+;http://h/pic007.jpg|000111|-"_s);
+    QTest::mouseDClick(d->txtMask[1], Qt::LeftButton);
+    frmMaskEdit *editor = nullptr;
+    for (QWidget *window : QApplication::topLevelWidgets())
+        editor = editor ? editor : qobject_cast<frmMaskEdit *>(window);
+    QVERIFY(editor && !d->isEnabled());
+    QTextCursor selection = editor->rtbURL->textCursor(); // "00" of "pic007" becomes a counter of its own
+    selection.setPosition(3);
+    selection.setPosition(5, QTextCursor::KeepAnchor);
+    editor->rtbURL->setTextCursor(selection);
+    QTest::mouseClick(editor->cmdPlus, Qt::LeftButton);
+    QTest::mouseClick(editor->cmdSet, Qt::LeftButton);
+    QTRY_VERIFY(d->isEnabled() && d->bMagMaskEditCallBack);
+    QTest::mouseClick(d->cmdOK, Qt::LeftButton);
+    QCOMPARE(storedRows(), u"http://h/a1.jpg|01|&*|+;http://h/pic007.jpg|000+++|***&&*|-"_s);
 }
 
 // Three series fired one after another when the one before ends, at the limit
