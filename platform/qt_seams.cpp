@@ -86,11 +86,20 @@ QString QtSettingsStore::fileName(const QString &application) const
     return QDir(m_folder).filePath(application + QStringLiteral(".ini"));
 }
 
+std::unique_ptr<QSettings> QtSettingsStore::open(const QString &application) const
+{
+#ifdef Q_OS_WIN
+    // HKEY_CURRENT_USER\Software\<application>, one key a section, values as REG_SZ.
+    if (m_folder.isEmpty())
+        return std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope, application);
+#endif
+    return std::make_unique<QSettings>(fileName(application), QSettings::IniFormat);
+}
+
 QString QtSettingsStore::read(const QString &application, const QString &section, const QString &key,
                               const QString &defaultValue)
 {
-    QSettings store(fileName(application), QSettings::IniFormat);
-    const QVariant value = store.value(section + QLatin1Char('/') + key, defaultValue);
+    const QVariant value = open(application)->value(section + QLatin1Char('/') + key, defaultValue);
     // A hand-edited INI value with unquoted commas reads back as a list: keep its text.
     if (value.typeId() == QMetaType::QStringList)
         return value.toStringList().join(QLatin1Char(','));
@@ -100,8 +109,7 @@ QString QtSettingsStore::read(const QString &application, const QString &section
 void QtSettingsStore::write(const QString &application, const QString &section, const QString &key,
                             const QString &value)
 {
-    QSettings store(fileName(application), QSettings::IniFormat);
-    store.setValue(section + QLatin1Char('/') + key, value);
+    open(application)->setValue(section + QLatin1Char('/') + key, value);
 }
 
 QString QtClipboard::text() const { return QGuiApplication::clipboard()->text(); }

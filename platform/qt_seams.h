@@ -3,6 +3,10 @@
 
 #include "platform/seams.h"
 
+#include <memory>
+
+class QSettings;
+
 namespace platform {
 
 class QtMessageBoxes : public MessageBoxes {
@@ -10,8 +14,9 @@ public:
     Answer show(const MessageBoxRequest &request) override;
 };
 
-// QSettings in INI format: on Linux ~/.config/<application>.ini, one group a section.
-// A test can point it at another folder.
+// QSettings: on Windows the registry (HKEY_CURRENT_USER\Software\<application>);
+// elsewhere an INI file, ~/.config/<application>.ini; one group a section. A
+// test can point it at an INI file in another folder on every platform.
 class QtSettingsStore : public SettingsStore {
 public:
     explicit QtSettingsStore(const QString &folder = QString());
@@ -19,9 +24,12 @@ public:
                  const QString &defaultValue) override;
     void write(const QString &application, const QString &section, const QString &key,
                const QString &value) override;
+    // The INI file of the store (not used for the registry).
     QString fileName(const QString &application) const;
 
 private:
+    std::unique_ptr<QSettings> open(const QString &application) const;
+
     QString m_folder;
 };
 

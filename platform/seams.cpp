@@ -1,6 +1,7 @@
 #include "platform/seams.h"
 
 #include "platform/qt_seams.h"
+#include "platform/ras_dialup.h"
 
 namespace platform {
 namespace {
@@ -22,7 +23,11 @@ Slot<SettingsStore, QtSettingsStore> settingsSlot;
 Slot<Clipboard, QtClipboard> clipboardSlot;
 Slot<Beeper, QtBeeper> beeperSlot;
 Slot<Screen, QtScreen> screenSlot;
+#ifdef Q_OS_WIN
+Slot<DialUp, RasDialUp> dialUpSlot;
+#else
 Slot<DialUp, NoDialUp> dialUpSlot;
+#endif
 Slot<Clock, QtClock> clockSlot;
 
 } // namespace
