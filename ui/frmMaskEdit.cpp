@@ -68,9 +68,12 @@ void setColourAt(QTextEdit *box, int pos, const QColor &colour)
     span(box, pos, 1).mergeCharFormat(format);
 }
 
+// Leaves the caret, and so the view, where it is.
 void clearSelection(QTextEdit *box)
 {
     QTextCursor cursor = box->textCursor();
+    if (!cursor.hasSelection())
+        return;
     cursor.clearSelection();
     box->setTextCursor(cursor);
 }
@@ -234,6 +237,7 @@ void frmMaskEdit::setFonts()
     fixedPitch.setStyleHint(QFont::TypeWriter);
     fixedPitch.setFixedPitch(true);
     fixedPitch.setPointSize(profile.FontSizeMedium + 2);
+    fixedPitch.setBold(true); // the bright green of a rising counter reads better bold
     for (QTextEdit *box : {rtbURL, rtbMask, rtbGroup})
         box->setFont(fixedPitch);
     const int frame = 2 * (rtbURL->frameWidth() + qRound(rtbURL->document()->documentMargin()));
@@ -302,6 +306,7 @@ void frmMaskEdit::layOutFrames()
 // the mask, and form one group.
 void frmMaskEdit::ApplyDirection(QChar direction, const QColor &colour)
 {
+    const int scrolled = rtbURL->horizontalScrollBar()->value();
     const QTextCursor selection = rtbURL->textCursor();
     const int length = textLength(rtbURL);
     const int start = selection.selectionStart();
@@ -314,7 +319,7 @@ void frmMaskEdit::ApplyDirection(QChar direction, const QColor &colour)
         span(rtbMask, start, count).insertText(QString(count, direction), format);
     }
     rtbGroup->setPlainText(RegroupSelection(text(rtbGroup), start + 1, count));
-    caretToStart();
+    caretToStart(scrolled);
     CopyColours();
 }
 
@@ -346,11 +351,10 @@ void frmMaskEdit::CopyColours()
         clearSelection(box);
 }
 
-// The caret goes back to the start of the name; the view stays where the
-// user was, on all three boxes alike.
-void frmMaskEdit::caretToStart()
+// The caret goes back to the start of the name; the view goes back to where
+// the user was, on all three boxes alike.
+void frmMaskEdit::caretToStart(int scrolled)
 {
-    const int scrolled = rtbURL->horizontalScrollBar()->value();
     QTextCursor cursor = rtbURL->textCursor();
     cursor.setPosition(0);
     rtbURL->setTextCursor(cursor);
@@ -361,9 +365,10 @@ void frmMaskEdit::caretToStart()
 // The mask derived from the name, as a new address would get it.
 void frmMaskEdit::restoreDefaultMask()
 {
+    const int scrolled = rtbURL->horizontalScrollBar()->value();
     rtbMask->setPlainText(sMaskToDirections(sDeriveMasks(text(rtbURL), true)));
     rtbGroup->setPlainText(sMaskToGroups(text(rtbMask)));
-    caretToStart();
+    caretToStart(scrolled);
     ColourMask();
     CopyColours();
 }

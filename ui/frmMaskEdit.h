@@ -58,7 +58,7 @@ private:
     void ColourMask();
     void CopyColours();
     void restoreDefaultMask();
-    void caretToStart();
+    void caretToStart(int scrolled);
     void cmdSet_Click();
     void cmdClear_Click();
 
