@@ -67,36 +67,10 @@ public:
     QTimer *drip = nullptr;
 };
 
-namespace {
-
-QByteArray notFoundPage(const QByteArray &path)
-{
-    return "<!DOCTYPE html>\n<html><head><title>404 Not Found</title></head>\n"
-           "<body><h1>Not Found</h1><p>The requested URL " + QString::fromLatin1(path).toHtmlEscaped().toLatin1()
-        + " was not found on this server.</p></body></html>\n";
-}
-
-QByteArray usualReason(int status)
-{
-    switch (status) {
-    case 200: return "OK";
-    case 301: return "Moved Permanently";
-    case 302: return "Found";
-    case 403: return "Forbidden";
-    case 404: return "Not Found";
-    case 500: return "Internal Server Error";
-    case 503: return "Service Unavailable";
-    default: return "Status";
-    }
-}
-
-} // namespace
-
-HttpScript HttpScript::reply(const QByteArray &contentType, const QByteArray &body, int status, const QByteArray &reason)
+HttpScript HttpScript::reply(const QByteArray &contentType, const QByteArray &body, int status)
 {
     HttpScript script;
     script.status = status;
-    script.reason = reason.isEmpty() ? usualReason(status) : reason;
     script.contentType = contentType;
     script.body = body;
     return script;
@@ -130,13 +104,6 @@ HttpScript HttpScript::withHeader(const QByteArray &name, const QByteArray &valu
     return script;
 }
 
-HttpScript HttpScript::withDelay(int ms) const
-{
-    HttpScript script = *this;
-    script.delayMs = ms;
-    return script;
-}
-
 HttpScript HttpScript::withDrip(int bytes, int everyMs) const
 {
     HttpScript script = *this;
@@ -166,10 +133,12 @@ ScriptedHttpServer::ScriptedHttpServer(QObject *parent)
 
 ScriptedHttpServer::~ScriptedHttpServer()
 {
-    closeConnections();
+    for (QTcpSocket *socket : m_server->findChildren<QTcpSocket *>()) {
+        socket->disconnect(this);
+        socket->abort();
+        socket->deleteLater();
+    }
 }
-
-bool ScriptedHttpServer::isListening() const { return m_server->isListening(); }
 
 quint16 ScriptedHttpServer::port() const { return m_server->serverPort(); }
 
@@ -187,22 +156,11 @@ void ScriptedHttpServer::useTls(const QSslCertificate &certificate, const QSslKe
 
 void ScriptedHttpServer::setScript(const QString &path, const HttpScript &script) { m_scripts.insert(path, script); }
 
-void ScriptedHttpServer::clearScripts() { m_scripts.clear(); }
-
 int ScriptedHttpServer::requestCount(const QString &path) const { return m_counts.value(path); }
 
 int ScriptedHttpServer::totalRequests() const { return int(m_log.size()); }
 
 QStringList ScriptedHttpServer::requestLog() const { return m_log; }
-
-QByteArray ScriptedHttpServer::lastRequestHead() const { return m_lastHead; }
-
-void ScriptedHttpServer::resetCounts()
-{
-    m_counts.clear();
-    m_log.clear();
-    m_lastHead.clear();
-}
 
 int ScriptedHttpServer::openConnections() const
 {
@@ -210,15 +168,6 @@ int ScriptedHttpServer::openConnections() const
     for (const QTcpSocket *socket : m_server->findChildren<QTcpSocket *>())
         open += socket->state() == QAbstractSocket::ConnectedState ? 1 : 0;
     return open;
-}
-
-void ScriptedHttpServer::closeConnections()
-{
-    for (QTcpSocket *socket : m_server->findChildren<QTcpSocket *>()) {
-        socket->disconnect(this);
-        socket->abort();
-        socket->deleteLater();
-    }
 }
 
 void ScriptedHttpServer::accept()
@@ -246,7 +195,6 @@ void ScriptedHttpServer::readRequest(QTcpSocket *socket, HttpExchange *ex)
     }
     ex->requestRead = true;
     ex->head.truncate(end + 4);
-    m_lastHead = ex->head;
 
     // Request line: method, target, version. The target may be in absolute form.
     const QList<QByteArray> words = ex->head.left(ex->head.indexOf("\r\n")).split(' ');
@@ -265,13 +213,8 @@ void ScriptedHttpServer::readRequest(QTcpSocket *socket, HttpExchange *ex)
     const auto found = m_scripts.constFind(path);
     const HttpScript script = found != m_scripts.constEnd()
         ? *found
-        : HttpScript::reply("text/html; charset=iso-8859-1", notFoundPage(target), 404);
-
-    if (script.delayMs > 0) {
-        QTimer::singleShot(script.delayMs, ex, [this, socket, ex, script] { answer(socket, ex, script); });
-    } else {
-        answer(socket, ex, script);
-    }
+        : HttpScript::reply("text/html; charset=iso-8859-1", "<html><body>404 Not Found</body></html>", 404);
+    answer(socket, ex, script);
 }
 
 void ScriptedHttpServer::answer(QTcpSocket *socket, HttpExchange *ex, const HttpScript &script)
@@ -289,7 +232,7 @@ void ScriptedHttpServer::answer(QTcpSocket *socket, HttpExchange *ex, const Http
         socket->abort();
         return;
     }
-    QByteArray head = "HTTP/1.1 " + QByteArray::number(script.status) + ' ' + script.reason + "\r\n";
+    QByteArray head = "HTTP/1.1 " + QByteArray::number(script.status) + (script.status == 200 ? " OK\r\n" : " Status\r\n");
     bool lengthGiven = false;
     for (const auto &[name, value] : script.headers) {
         lengthGiven = lengthGiven || name.compare("Content-Length", Qt::CaseInsensitive) == 0;

@@ -30,21 +30,17 @@ struct HttpScript {
     };
 
     int status = 200;
-    QByteArray reason = "OK";
     QByteArray contentType;                       // no Content-Type header when empty
     QList<QPair<QByteArray, QByteArray>> headers; // further headers, sent as given; a
                                                   // Content-Length among them replaces the true one
     QByteArray body;
-    int delayMs = 0;        // wait this long after the request before answering (or closing)
     int dripBytes = 0;      // > 0: send the body this many bytes at a time ...
     int dripIntervalMs = 0; // ... every this many milliseconds
     qint64 cutAt = -1;      // >= 0: send only this many body bytes, then close;
                             // Content-Length still announces the whole body
     Ending ending = Ending::Reply;
 
-    // A reply with this status; the reason phrase is the usual one when not given.
-    static HttpScript reply(const QByteArray &contentType, const QByteArray &body, int status = 200,
-                            const QByteArray &reason = QByteArray());
+    static HttpScript reply(const QByteArray &contentType, const QByteArray &body, int status = 200);
     static HttpScript closeWithoutReply();
     static HttpScript resetWithoutReply();
     static HttpScript neverReply();
@@ -52,7 +48,6 @@ struct HttpScript {
     static HttpScript redirect(const QString &location, int status = 302);
 
     HttpScript withHeader(const QByteArray &name, const QByteArray &value) const;
-    HttpScript withDelay(int ms) const;
     HttpScript withDrip(int bytes, int everyMs) const;
     HttpScript cutShortAt(qint64 bytes) const;
 };
@@ -60,11 +55,10 @@ struct HttpScript {
 class ScriptedHttpServer : public QObject {
     Q_OBJECT
 public:
-    // Starts listening at once; isListening() tells whether that worked.
+    // Starts listening at once.
     explicit ScriptedHttpServer(QObject *parent = nullptr);
     ~ScriptedHttpServer() override;
 
-    bool isListening() const;
     quint16 port() const;
     // "http://127.0.0.1:<port>" + path, "https://..." over TLS; path starts with "/".
     QString url(const QString &path) const;
@@ -73,21 +67,15 @@ public:
 
     void setScript(const QString &path, const HttpScript &script);
     // Paths without a script answer 404 with a small HTML page.
-    void clearScripts();
 
     // Requests whose head was read completely, by path (query string dropped).
     int requestCount(const QString &path) const;
     int totalRequests() const;
     // Every request's path, in order of arrival.
     QStringList requestLog() const;
-    // The head of the last request (request line and headers, as received).
-    QByteArray lastRequestHead() const;
-    void resetCounts();
 
     // Connections that are still open (for example silent ones).
     int openConnections() const;
-    // Closes every open connection at once.
-    void closeConnections();
 
 private:
     void accept();
@@ -101,7 +89,6 @@ private:
     QHash<QString, HttpScript> m_scripts;
     QHash<QString, int> m_counts;
     QStringList m_log;
-    QByteArray m_lastHead;
 };
 
 // Certificates made once a test program by the openssl command line: a
