@@ -134,7 +134,6 @@ private:
     void openMaskEditor();
     void showCurrentUrl(bool copy);
     void cmdAddress_Click();
-    void openDialog(QPushButton *button);
     void connectRunHandlers();
     void connectTransferHandlers();
     void Inet1_StateChanged(int state);

@@ -13,6 +13,7 @@
 #include "fetch/run_state.h"
 #include "magazine/frmMagazine.h"
 #include "platform/seams.h"
+#include "ui/frmConfig.h"
 #include "ui/frmMaskEdit.h"
 
 #include <QCheckBox>
@@ -346,15 +347,6 @@ void frmMain::cmdAddress_Click()
                      InvalidUrlTitle, platform::Icon::Exclamation);
 }
 
-// The configuration dialog disables its button while it is open and enables
-// it again when it closes. That window is not built yet, so the button comes
-// back at once.
-void frmMain::openDialog(QPushButton *button)
-{
-    button->setEnabled(false);
-    button->setEnabled(true);
-}
-
 void frmMain::connectRunHandlers()
 {
     connect(cmdStart, &QPushButton::clicked, this, &frmMain::Start);
@@ -382,7 +374,10 @@ void frmMain::connectRunHandlers()
     connect(timCallGetNext, &QTimer::timeout, this, &frmMain::timCallGetNext_Timer);
     connect(txtAddress, &QLineEdit::textChanged, this, [this] { txtStatus->setText(QStringLiteral("Enter Mask")); });
     connect(cmdAddress, &QPushButton::clicked, this, &frmMain::cmdAddress_Click);
-    connect(cmdConfig, &QPushButton::clicked, this, [this] { openDialog(cmdConfig); });
+    connect(cmdConfig, &QPushButton::clicked, this, [this] {
+        cmdConfig->setEnabled(false); // the dialog enables it again when it closes
+        openConfigDialog();
+    });
     connect(cmdLoadMag, &QPushButton::clicked, this, [this] { openMagazine(*this); });
     for (QObject *watched : {static_cast<QObject *>(txtIncrement), static_cast<QObject *>(txtAddress),
                              static_cast<QObject *>(txtMask), static_cast<QObject *>(lblIncrement),

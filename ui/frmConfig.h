@@ -1,0 +1,120 @@
+#pragma once
+// "Configure Tolmara": the dialog that edits the settings record. It copies
+// the record into its controls when it loads and back only on SET; it never
+// writes the settings store (shut-down offers that).
+
+#include <QPointer>
+#include <QString>
+#include <QWidget>
+
+class PathLabel;
+class QButtonGroup;
+class QCheckBox;
+class QGroupBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QRadioButton;
+class UpDown;
+
+class frmConfig : public QWidget {
+    Q_OBJECT
+public:
+    explicit frmConfig(QWidget *parent = nullptr);
+    ~frmConfig() override;
+
+    void Form_Load();
+    void cmdSet_Click();
+    void cmdCancel_Click();
+    void cmdDefaults_Click();
+    void cmdBrowseSave_Click();
+    void cmdBrowseTemp_Click();
+
+    // Closing has begun: the dialog takes no more commands.
+    bool unloading() const { return m_unloading; }
+
+    // Directories picked in the directory chooser or by Defaults, taken into
+    // the record only by SET.
+    QString SaveDirPending;
+    bool SaveDirChosen = false;
+    QString TempDirPending;
+    bool TempDirChosen = false;
+
+    QGroupBox *framOperation;
+    QCheckBox *chkSeries;
+    QCheckBox *chkSaveFullAuto;
+    QCheckBox *chkInterrupt;
+    QCheckBox *chkBeepOK;
+    QCheckBox *chkToolTips;
+    QCheckBox *chkAutoRename;
+    QGroupBox *framLimitOverRun;
+    QCheckBox *chkHangUp;
+    QCheckBox *chkExitLimit;
+    QCheckBox *chkApplyLimit;
+    QLineEdit *txtOverRun;
+    UpDown *updOverRun1X;
+    QLabel *lblOveRun1X;
+    UpDown *updOverRun10X;
+    QLabel *lblOveRun10X;
+    QGroupBox *framCommSetting;
+    QCheckBox *chkCannotConnect;
+    QCheckBox *chkDelay;
+    QLineEdit *txtTimeOut;
+    QLabel *lblReqTimeOut;
+    UpDown *updTimeout1X;
+    QLabel *lblTimOut1X;
+    UpDown *updTimeout10X;
+    QLabel *lblTimOut10X;
+    QGroupBox *framByteSize;
+    QRadioButton *opt8192;
+    QRadioButton *opt4096;
+    QRadioButton *opt2048;
+    QRadioButton *opt1024;
+    QRadioButton *opt512;
+    QRadioButton *opt256;
+    QGroupBox *framFileLoc;
+    QLabel *lblSaveFileLoc;
+    PathLabel *lblSavePath;
+    QPushButton *cmdBrowseSave;
+    QLabel *lblTempFileLoc;
+    PathLabel *lblTempPath;
+    QPushButton *cmdBrowseTemp;
+    QPushButton *cmdDefaults;
+    QPushButton *cmdSet;
+    QPushButton *cmdCancel;
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    void createOptionFrames();
+    void createNumberFrames();
+    void createLocationFrame();
+    void layOutControls();
+    void setTips();
+    void connectHandlers();
+    void txtOverRun_Change();
+    void Form_Unload();
+    void showRecordDir(PathLabel *label, const QString &key);
+    bool numberAccepted(QLineEdit *box, const QString &what, qint32 &value);
+    void restoreToolTips();
+    void browse(bool saveMode);
+    void defaultDir(const QString &name, const QString &kind, QString &pending, PathLabel *label);
+
+    QButtonGroup *m_chunkSizes;
+    QPointer<QWidget> m_chooser; // the directory chooser while it is open
+    bool m_unloading = false;
+};
+
+// The configuration dialog while it is open; null otherwise.
+frmConfig *configDialog();
+
+// The main window's Configure button: opens the dialog (or brings the open one
+// forward). The dialog enables the button again when it closes.
+void openConfigDialog();
+
+// Sets the check box when the flag is true, clears it otherwise; and back.
+class clsStoreBool;
+void StoreToCheck(const clsStoreBool &holder, QCheckBox *checkBox);
+void CheckToStore(const QCheckBox *checkBox, clsStoreBool &holder);
