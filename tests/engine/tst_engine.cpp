@@ -116,7 +116,6 @@ void EngineTest::calls_data()
     row("sIsValidURLb", {"https:/host/x.jpg"}, "false", url);
     row("sIsValidURLb", {"ftp://host/x.jpg"}, "false", url);
     row("sIsValidExtJPGb", {"x.jpg.jpeg"}, "false");
-    row("sIsValidExtJPGb", {"x.jpeg.jpg"}, "false");
     row("sIsValidExtJPGb", {"straße.jpg"}, "true");
     row("sRetFNames", {"http://a/b/", "/"}, "");
     row("sRetFNames", {"abc", "/"}, "error");
@@ -124,7 +123,6 @@ void EngineTest::calls_data()
     row("sRetPaths", {"http://a/b/pic.jpg"}, "http://a/b/");
     row("sParseExts", {"a.b.jpg"}, ".jpg");
     row("sTrimExtensions", {".jpg"}, "error");
-    row("sTrimExtensions", {"readme"}, "readme");
     row("isAllDigits", {""}, "true");
     row("isAllDigits", {"\u0663"}, "false");
     row("sTimeStamp", {}, "7Mar-9_5$4");
@@ -132,12 +130,10 @@ void EngineTest::calls_data()
     // Buffers, shortened texts and paths
     row("baTailLen", {"1024", "0"}, "-1");
     row("baTailLen", {"1025", "0"}, "0");
-    row("baTailLen", {"2000", "499"}, "499");
     row("baTailLen", {"2000", "500"}, "-1");
     row("isCompressStrings", {"40", "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWX"},
         "abcdefghijklmnopqr...GHIJKLMNOPQRSTUVWX");
     row("isCompressStrings", {"22", "abcdefghijklmnopqrstuvw"}, "abcdefghijklmnopqr...");
-    row("isCompressStrings", {"21", "abcdefghijklmnopqrstu"}, "abcdefghijklmnopqrstu");
     row("isCompressStrings", {"21", "abcdefghijklmnopqrstuv"}, "abcdefghijklmnopqrstuv",
         "Bug Alert!|in Function isCompressStrings:");
     row("sCompressPaths", {"C:\\a:b\\c"}, "C:\\c");
@@ -153,15 +149,12 @@ void EngineTest::calls_data()
     row("sDeriveMasks", {"http://a/img_.jpg", "false"}, "0001");
     row("sDeriveMasks", {"http://h/d/error.jpg", "false"}, "00001");
     row("sDeriveMasks", {"ab12/", "true"}, "00111");
-    row("sDeriveMasks", {"12/3", "true"}, "0001");
     row("sDeriveMasks", {"pic007.jpg", "false"}, "error");
     row("sDeriveMasks", {"http://h/d/.jpg", "false"}, "error", "Bug Alert!|in Function sDeriveMasks:");
     row("sMaskToDirections", {"0-1+"}, "0-++");
     row("sMaskToGroups", {"0110110"}, "*&&*&&*");
-    row("sMaskToGroups", {"1+"}, "&*");
     row("bIsValidMask", {"pic007", "000+++", "&&&***"}, "true");
     row("bIsValidMask", {"shotB12", "0000+++", "****&**"}, "true");
-    row("bIsValidMask", {"pic007", "111+++", "&&&***"}, "true");
     row("bIsValidMask", {"pic007", "00+++", "&&&***"}, "false",
         "Hold On There!  Uneven Mask|The mask length wants to be the same as file length.");
     row("bIsValidMask", {"pic007", "00++++", "&&****"}, "false", mixed);
@@ -189,7 +182,6 @@ void EngineTest::calls_data()
     row("sStepGroups", {"pic007", "000111", "&&&***", "5", "true"}, "pic012");
     row("sStepGroups", {"pic007", "000+++", "&&&***", "-8", "true"}, "Out of Range");
     row("sStepGroups", {"pic007", "000+++", "&&&***", "993", "true"}, "pic1000");
-    row("sStepGroups", {"pic007", "000+++", "&&&***", "1", "false"}, "pic006");
     row("sStepGroups", {"pic007", "000-++", "&&&***", "1", "true"}, "pic006");
     row("sStepGroups", {"pic40000", "000+++++", "&&&*****", "-32768", "true"}, "pic07232");
     row("sStepGroups", {"shotB12", "0000+++", "****&**", "1", "true"}, "shotC13");
@@ -201,10 +193,8 @@ void EngineTest::calls_data()
     row("sStepGroup", {"_", "1"}, "1");
     row("sStepNumber", {"05", "5", "false"}, "00");
     row("sStepNumber", {"abc", "3", "true"}, "003");
-    row("sStepNumber", {"2147483647", "1", "true"}, "Out of Range");
     row("sStepNumber", {"99999999999999999999", "1", "true"}, "Out of Range");
     row("sStepNumberNines", {"400"}, "Out of Range"); // beyond any double
-    row("sStepLetter", {"Z", "1", "true"}, "Out of Range");
     row("sStepLetter", {"Z", "7", "true"}, "a");
     row("sStepLetter", {"z", "-32", "true"}, "Out of Range");
     row("sStepLetter", {"`", "1", "true"}, "a");

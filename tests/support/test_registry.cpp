@@ -12,43 +12,24 @@ std::vector<TestFactory> &factories()
     return all;
 }
 
-bool hasTestFunction(const QObject &test, const QByteArray &argument)
-{
-    const qsizetype colon = argument.indexOf(':');
-    const QByteArray name = colon < 0 ? argument : argument.left(colon);
-    const QMetaObject *meta = test.metaObject();
-    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i)
-        if (meta->method(i).name() == name)
-            return true;
-    return false;
-}
-
-// The arguments meant for one test class: every option, and those of the
-// named test functions that the class has. Empty when functions were named
-// and the class has none of them.
+// The arguments meant for one test class: every option (and an option's
+// value), and those named test functions that the class has. Empty when
+// functions were named and the class has none of them.
 QList<QByteArray> argumentsFor(const QObject &test, int argc, char **argv)
 {
     QList<QByteArray> kept{argv[0]};
     bool named = false, matched = false;
-    bool takesValue = false;
     for (int i = 1; i < argc; ++i) {
         const QByteArray argument(argv[i]);
-        const bool option = argument.startsWith('-');
-        if (option || takesValue) {
+        const bool optionValue = i > 1 && QByteArrayList{"-o", "-maxwarnings", "-eventdelay", "-keydelay", "-mousedelay"}.contains(argv[i - 1]);
+        const bool function = !argument.startsWith('-') && !optionValue;
+        const bool here = function && test.metaObject()->indexOfMethod((argument.split(':').first() + "()").constData()) >= 0;
+        named = named || function;
+        matched = matched || here;
+        if (!function || here)
             kept << argument;
-            takesValue = option && (argument == "-o" || argument == "-maxwarnings" || argument == "-eventdelay"
-                                    || argument == "-keydelay" || argument == "-mousedelay");
-            continue;
-        }
-        named = true;
-        if (hasTestFunction(test, argument)) {
-            kept << argument;
-            matched = true;
-        }
     }
-    if (named && !matched)
-        return {};
-    return kept;
+    return named && !matched ? QList<QByteArray>() : kept;
 }
 
 } // namespace
@@ -67,12 +48,11 @@ int runRegisteredTests(int argc, char **argv)
     for (const TestFactory &make : factories()) {
         const std::unique_ptr<QObject> test = make();
         QList<QByteArray> arguments = argumentsFor(*test, argc, argv);
-        if (arguments.isEmpty())
-            continue;
         std::vector<char *> pointers;
         for (QByteArray &argument : arguments)
             pointers.push_back(argument.data());
-        failed += QTest::qExec(test.get(), int(pointers.size()), pointers.data());
+        if (!pointers.empty())
+            failed += QTest::qExec(test.get(), int(pointers.size()), pointers.data());
     }
     return failed;
 }
