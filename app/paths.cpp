@@ -18,6 +18,15 @@ QString fallbackDir()
 #endif
 }
 
+bool windowsFileNames()
+{
+#ifdef Q_OS_WIN
+    return true;
+#else
+    return false;
+#endif
+}
+
 QString programDir()
 {
     if (!programDirOverride.isEmpty())

@@ -7,6 +7,10 @@
 // "C:\" on Windows; the user's home directory elsewhere.
 QString fallbackDir();
 
+// True where file names follow Windows' rules ("\" separates folders, device
+// names are kept, and more characters are refused).
+bool windowsFileNames();
+
 // The directory of the executable, without a trailing separator.
 QString programDir();
 // Lets a test put the program's directory elsewhere; an empty text restores it.

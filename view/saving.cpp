@@ -51,6 +51,27 @@ bool writeAll(QSaveFile &out, const char *data, qint64 size)
     return true;
 }
 
+bool isDeviceName(const QString &fileName)
+{
+    static const QStringList devices{QStringLiteral("CON"), QStringLiteral("PRN"), QStringLiteral("AUX"),
+                                     QStringLiteral("NUL"), QStringLiteral("CONIN$"), QStringLiteral("CONOUT$")};
+    const QString base = fileName.section(QLatin1Char('.'), 0, 0).trimmed().toUpper();
+    const bool numbered = base.size() == 4 && (base.startsWith(QLatin1String("COM")) || base.startsWith(QLatin1String("LPT")))
+        && base.at(3) >= QLatin1Char('1') && base.at(3) <= QLatin1Char('9');
+    return numbered || devices.contains(base);
+}
+
+// A picture whose name cannot be used is not saved: a box tells the user who
+// pressed SAVE, the status line tells a Full Auto run.
+void refuseName(frmMain &w, const QString &fileName, const QString &fault)
+{
+    const QString text = QStringLiteral("Not saved: the picture's name \"") + fileName + QStringLiteral("\" ") + fault;
+    if (runState().SavePressed)
+        platform::msgBox(text + QLatin1Char('.'), ProgramTitle, platform::Icon::Exclamation);
+    else
+        w.txtStatus->setText(text);
+}
+
 bool saveIsDue(const frmMain &w)
 {
     return (w.chkAuto->isChecked() && settings().SaveFullAuto.boolGet()) || runState().SavePressed;
@@ -85,6 +106,23 @@ void countSave(frmMain &w)
 }
 
 } // namespace
+
+QString fileNameFault(const QString &fileName, bool windowsNames)
+{
+    if (fileName.isEmpty() || fileName == QLatin1String(".") || fileName == QLatin1String(".."))
+        return QStringLiteral("is not a file name");
+    if (fileName.contains(QLatin1Char('/')) || (windowsNames && fileName.contains(QLatin1Char('\\'))))
+        return QStringLiteral("holds a folder separator");
+    const QString forbidden = windowsNames ? QStringLiteral("<>:\"|?*") : QString();
+    for (const QChar c : fileName)
+        if (c.isNull() || (windowsNames && (c.unicode() < 32 || forbidden.contains(c))))
+            return QStringLiteral("holds a character that file names cannot hold");
+    if (windowsNames && isDeviceName(fileName))
+        return QStringLiteral("is a name the system keeps for a device");
+    if (windowsNames && (fileName.endsWith(QLatin1Char('.')) || fileName.endsWith(QLatin1Char(' '))))
+        return QStringLiteral("ends in a dot or a blank");
+    return QString();
+}
 
 QString seriesFileName(const QString &seriesId, qint32 number)
 {
@@ -161,7 +199,12 @@ void SaveFile()
             if (!window)
                 return;
         }
-        const QString destination = savePath(s.SaveDir.VarGet().toString(), targetName());
+        const QString name = targetName();
+        if (const QString fault = fileNameFault(name); !fault.isEmpty()) {
+            refuseName(*w, name, fault);
+            return;
+        }
+        const QString destination = savePath(s.SaveDir.VarGet().toString(), name);
         if (!CopyPicture(run.TempFilePath, destination))
             return;
         countSave(*w);

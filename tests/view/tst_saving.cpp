@@ -25,6 +25,10 @@ private slots:
     void decision();
     void copyFailures_data();
     void copyFailures();
+    void nameFaults_data();
+    void nameFaults();
+    void refusedNameSavesNothing_data();
+    void refusedNameSavesNothing();
 };
 
 void SavingTest::names_data()
@@ -176,6 +180,68 @@ void SavingTest::copyFailures()
     QCOMPARE(w->framLarge->title(), QStringLiteral("JPEG - pic007.jpg") + QLatin1String(retry ? " (saved)" : ""));
     QCOMPARE(viewtest::contents(target).size() > 4, retry);
     QCOMPARE(viewtest::filesIn(dir), readOnlyTarget || retry ? QStringList{QStringLiteral("pic007.jpg")} : QStringList());
+}
+
+// A picture's own name comes from its address: under Windows' rules a
+// backslash, a drive colon or a device name would put it somewhere else.
+void SavingTest::nameFaults_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("refusedOnWindows");
+    QTest::addColumn<bool>("refusedElsewhere");
+    QTest::newRow("plain") << "pic007.jpg" << false << false;
+    QTest::newRow("series") << "$eries12_01.jpg" << false << false;
+    QTest::newRow("time stamp") << "7Mar-9_5$4.jpg" << false << false;
+    QTest::newRow("climbs out") << "a\\..\\..\\evil.jpg" << true << false;
+    QTest::newRow("drive colon") << "a:b.jpg" << true << false;
+    QTest::newRow("wildcard") << "what?.jpg" << true << false;
+    QTest::newRow("control character") << "tab\t.jpg" << true << false;
+    QTest::newRow("device") << "CON.jpg" << true << false;
+    QTest::newRow("device, small letters, two dots") << "lpt9.tar.jpg" << true << false;
+    QTest::newRow("device without extension") << "nul" << true << false;
+    QTest::newRow("no device: COM0") << "COM0.jpg" << false << false;
+    QTest::newRow("no device: CONSOLE") << "CONSOLE.jpg" << false << false;
+    QTest::newRow("trailing dot") << "pic.jpg." << true << false;
+    QTest::newRow("parent folder") << ".." << true << true;
+    QTest::newRow("empty") << "" << true << true;
+}
+
+void SavingTest::nameFaults()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, refusedOnWindows);
+    QFETCH(bool, refusedElsewhere);
+    QCOMPARE(!fileNameFault(name, true).isEmpty(), refusedOnWindows);
+    QCOMPARE(!fileNameFault(name, false).isEmpty(), refusedElsewhere);
+}
+
+void SavingTest::refusedNameSavesNothing_data()
+{
+    QTest::addColumn<bool>("pressed");
+    QTest::newRow("SAVE pressed: a box") << true;
+    QTest::newRow("Full Auto: the status line") << false;
+}
+
+void SavingTest::refusedNameSavesNothing()
+{
+    QFETCH(bool, pressed);
+    fakes::TestSeams seams;
+    viewtest::OpenWindow w(seams);
+    viewtest::showPicture(makeJpeg(QSize(20, 20)));
+    runState().CurrentFileName = QStringLiteral("..");
+    runState().SavePressed = pressed;
+    w->chkAuto->setChecked(!pressed);
+    if (pressed)
+        seams.boxes.expect(platform::Answer::Ok);
+
+    SaveFile();
+
+    const QString text = QStringLiteral("Not saved: the picture's name \"..\" is not a file name");
+    QCOMPARE(seams.boxes.texts(), pressed ? QStringList{text + QLatin1Char('.')} : QStringList());
+    if (!pressed)
+        QCOMPARE(w->txtStatus->text(), text);
+    QVERIFY(viewtest::filesIn(fixture::saveDir(seams)).isEmpty());
+    QCOMPARE(runState().SavedCount, 0);
 }
 
 TOLMARA_REGISTER_TEST(SavingTest)
