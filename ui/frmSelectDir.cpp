@@ -190,7 +190,6 @@ void frmSelectDir::setDirPath(const QString &dir)
         item->setExpanded(true);
     }
     Dir1->setCurrentItem(item);
-    Dir1->scrollToItem(item);
 }
 
 QString frmSelectDir::dirPath() const
@@ -212,8 +211,8 @@ void frmSelectDir::Form_Load()
         move(screen->availableGeometry().center() - rect().center());
     show();
     activateWindow();
-    if (Dir1->currentItem())
-        Dir1->scrollToItem(Dir1->currentItem());
+    if (Dir1->currentItem()) // with the folders around it in view
+        Dir1->scrollToItem(Dir1->currentItem(), QAbstractItemView::PositionAtCenter);
     Dir1->setFocus();
 }
 
