@@ -21,29 +21,17 @@ using Answer = platform::Answer;
 namespace {
 
 // Rows as "address|mask|group|direction;...", trailing empty rows left out.
-QString rowsOf(const std::function<QStringList(int)> &row)
-{
-    QStringList rows;
-    for (int i = 0; i < frmMagazine::Rows; ++i)
-        rows << (row(i).first().isEmpty() ? QString() : row(i).join(u'|'));
-    while (!rows.isEmpty() && rows.last().isEmpty())
-        rows.removeLast();
-    return rows.join(u';');
-}
-
 QString storedRows()
 {
     const MagazineArrays &m = magazine();
-    return rowsOf([&m](int i) {
-        return QStringList{m.Round.strGet(i), m.Mask.strGet(i), m.Group.strGet(i), m.Direct.boolGet(i) ? u"+"_s : u"-"_s};
-    });
-}
-
-QString shownRows(const frmMagazine &d)
-{
-    return rowsOf([&d](int i) {
-        return QStringList{d.txtURL[i]->text(), d.txtMask[i]->text(), d.rowGroup(i), d.cmdDirect[i]->text()};
-    });
+    QStringList rows;
+    for (int i = 0; i < frmMagazine::Rows; ++i)
+        rows << (m.Round.strGet(i).isEmpty() ? QString()
+                                             : QStringList{m.Round.strGet(i), m.Mask.strGet(i), m.Group.strGet(i),
+                                                           m.Direct.boolGet(i) ? u"+"_s : u"-"_s}.join(u'|'));
+    while (!rows.isEmpty() && rows.last().isEmpty())
+        rows.removeLast();
+    return rows.join(u';');
 }
 
 } // namespace
@@ -56,9 +44,8 @@ private slots:
     void cleanup();
     void accept_data();
     void accept();
-    void maskEditorSetsTheRow();
     void wholeRunFiresEveryRowInTurn();
-    void rowsOutliveTheProgram();
+    void editedRowsOutliveTheProgram();
 
 private:
     // Opens the dialog with the main window's button and types the rows
@@ -77,19 +64,18 @@ void MagazineTest::init()
 
 void MagazineTest::cleanup()
 {
-    if (w) {
-        runState().RunActive = false;
+    runState().RunActive = false;
+    if (w)
         w->Unload();
-    }
     seams.reset();
 }
 
 frmMagazine *MagazineTest::openAndFill(const QString &rows)
 {
     QTest::mouseClick(w->cmdLoadMag, Qt::LeftButton);
-    const auto dialogs = w->findChildren<frmMagazine *>(u"frmMagazine"_s); // a closed one may still be there
-    frmMagazine *d = dialogs.isEmpty() ? nullptr : dialogs.last();
-    if (!d || w->cmdLoadMag->isEnabled() || !QTest::qWaitForWindowActive(d))
+    frmMagazine *d = nullptr;
+    if (!QTest::qWaitFor([&] { return (d = qobject_cast<frmMagazine *>(QApplication::activeWindow())); })
+        || w->cmdLoadMag->isEnabled())
         return nullptr;
     const QStringList typed = rows.split(u';', Qt::SkipEmptyParts);
     for (int i = 0; i < typed.size(); ++i) {
@@ -120,30 +106,20 @@ void MagazineTest::accept_data()
         ten << u"http://h/r%1.jpg||%2"_s.arg(i).arg(i % 2 ? u"+"_s : u"-"_s);
         tenStored << u"http://h/r%1.jpg|01|&*|%2"_s.arg(i).arg(i % 2 ? u"+"_s : u"-"_s);
     }
-    QTest::newRow("typed and derived masks get their groups")
-        << u"http://h/pic007.jpg|000111|+;  http://h/s/a01.jpeg ||-;http://h/b19.jpg|100|+"_s << QString() << u"cmdOK"_s
-        << u"http://h/pic007.jpg|000111|&&&***|+;http://h/s/a01.jpeg|011|&**|-;http://h/b19.jpg|100|&**|+"_s << QString();
-    QTest::newRow("a gap is kept") << u"http://h/a1.jpg||+;||+;http://h/c1.jpg||-"_s << QString() << u"cmdOK"_s
-                                   << u"http://h/a1.jpg|01|&*|+;;http://h/c1.jpg|01|&*|-"_s << QString();
-    QTest::newRow("bad address in row 2") << u"http://h/a1.jpg||+;h/b1.gif||+"_s << QString() << u"cmdOK"_s << QString()
-                                          << u"Sorry!  Invalid URL/txtURL1"_s;
+    QTest::newRow("typed and derived masks, a gap kept")
+        << u"http://h/pic007.jpg|000111|+;||+;  http://h/s/a01.jpeg ||-"_s << QString() << u"cmdOK"_s
+        << u"http://h/pic007.jpg|000111|&&&***|+;;http://h/s/a01.jpeg|011|&**|-"_s << QString();
     QTest::newRow("mask of the wrong length") << u"http://h/a1.jpg||+;http://h/b01.jpg|0011|+"_s << QString()
                                               << u"cmdOK"_s << QString() << u"Hold On There!  Uneven Mask/txtMask1"_s;
-    QTest::newRow("mask of other characters") << u"http://h/a01.jpg|0x1|+"_s << QString() << u"cmdOK"_s << QString()
-                                              << u"What's This?  Invalid Mask Characters/txtMask0"_s;
-    QTest::newRow("eject the first") << ten.mid(0, 3).join(u';') << QString() << u"cmdEject:0 cmdOK"_s
-                                     << tenStored.mid(1, 2).join(u';') << QString();
-    QTest::newRow("eject the last of ten") << ten.join(u';') << QString() << u"cmdEject:9 cmdOK"_s
-                                           << tenStored.mid(0, 9).join(u';') << QString();
-    QTest::newRow("paste between") << ten.mid(0, 2).join(u';') << u" http://h/c.jpg\n"_s << u"lblRow:1 cmdOK"_s
-                                   << tenStored[0] + u";http://h/c.jpg|1|*|+;"_s + tenStored[1] << QString();
-    QTest::newRow("paste into ten loses the last") << ten.join(u';') << u"http://h/c.jpg"_s << u"lblRow:0:double cmdOK"_s
+    QTest::newRow("eject the first of ten") << ten.join(u';') << QString() << u"cmdEject:0 cmdOK"_s
+                                            << tenStored.mid(1).join(u';') << QString();
+    QTest::newRow("paste into ten loses the last") << ten.join(u';') << u" http://h/c.jpg\n"_s << u"lblRow:0:double cmdOK"_s
                                                    << u"http://h/c.jpg|1|*|+;"_s + tenStored.mid(0, 9).join(u';')
                                                    << QString();
     QTest::newRow("empty clipboard moves nothing") << ten.mid(0, 2).join(u';') << QString() << u"lblRow:0 cmdOK"_s
                                                    << tenStored.mid(0, 2).join(u';') << QString();
-    QTest::newRow("long clipboard text") << ten[0] << QString(10000, u'x') << u"lblRow:1 cmdOK"_s << QString()
-                                         << u"Sorry!  Invalid URL/txtURL1"_s;
+    QTest::newRow("long clipboard text: a bad address") << ten[0] << QString(10000, u'x') << u"lblRow:1 cmdOK"_s
+                                                        << QString() << u"Sorry!  Invalid URL/txtURL1"_s;
     QTest::newRow("fire one starts row 1, every row stays")
         << two << QString() << u"cmdFireOne"_s
         << u"http://127.0.0.1:9/f/pic001.jpg|000001|&&&&&*|-;http://h/x2.jpg|01|&*|+"_s << QString();
@@ -167,53 +143,23 @@ void MagazineTest::accept()
     QVERIFY(d);
     for (const QString &click : clicks.split(u' ')) {
         const QStringList on = click.split(u':');
-        for (QWidget *control : d->findChildren<QWidget *>(on[0])) {
-            if (on.size() > 1 && control->property("Index").toString() != on[1])
-                continue;
-            on.size() > 2 ? QTest::mouseDClick(control, Qt::LeftButton) : QTest::mouseClick(control, Qt::LeftButton);
-        }
+        for (QWidget *control : d->findChildren<QWidget *>(on[0]))
+            if (on.size() == 1 || control->property("Index").toString() == on[1])
+                on.size() > 2 ? QTest::mouseDClick(control, Qt::LeftButton) : QTest::mouseClick(control, Qt::LeftButton);
     }
     QCOMPARE(storedRows(), stored);
-    const qsizetype count = stored.split(u';', Qt::SkipEmptyParts).size();
-    QCOMPARE(w->cmdLoadMag->text(), refusal.isEmpty() ? u"Mag: %1"_s.arg(count) : u"&Magazine"_s);
-    QCOMPARE(w->chkMagEnable->isChecked(), refusal.isEmpty());
     const bool fired = refusal.isEmpty() && clicks == u"cmdFireOne";
     QCOMPARE(w->txtAddress->text() + w->GroupText,
              fired ? u"http://127.0.0.1:9/f/pic001.jpg&&&&&*"_s : u"Enter JPEG URL Here!"_s);
     QCOMPARE(fired && w->optBack->isChecked(), fired);
-    if (!refusal.isEmpty()) {
-        const auto boxes = seams->boxes.shown();
+    if (!refusal.isEmpty()) { // the box shown and the box to fix, then the close box: nothing stored
         QWidget *fixHere = d->focusWidget();
-        QCOMPARE(boxes.value(0).title + u'/' + fixHere->objectName() + fixHere->property("Index").toString(), refusal);
-        if (!boxes.isEmpty() && boxes[0].title == u"OOPS!")
-            QCOMPARE(boxes[0].text + u' ' + QString::number(int(boxes[0].icon)), u"Row 1 is empty! 4"_s);
-        QVERIFY(!w->cmdLoadMag->isEnabled());
-        d->close(); // as the close box: nothing stored
-        QVERIFY(storedRows().isEmpty());
+        QCOMPARE(seams->boxes.shown().value(0).title + u'/' + fixHere->objectName() + fixHere->property("Index").toString(),
+                 refusal);
+        d->close();
     }
     QVERIFY(w->cmdLoadMag->isEnabled());
     QTRY_VERIFY(d.isNull());
-}
-
-// A double-click on a row's mask opens the advanced editor over the dialog;
-// its SET comes back into that row.
-void MagazineTest::maskEditorSetsTheRow()
-{
-    frmMagazine *d = openAndFill(u"http://h/a1.jpg||+;http://h/pic007.jpg|000111|-"_s);
-    QTest::mouseDClick(d->txtMask[1], Qt::LeftButton);
-    frmMaskEdit *editor = nullptr;
-    for (QWidget *window : QApplication::topLevelWidgets())
-        editor = editor ? editor : qobject_cast<frmMaskEdit *>(window);
-    QVERIFY(editor && !d->isEnabled());
-    QTextCursor selection = editor->rtbURL->textCursor(); // "00" of "pic007" becomes a counter of its own
-    selection.setPosition(3);
-    selection.setPosition(5, QTextCursor::KeepAnchor);
-    editor->rtbURL->setTextCursor(selection);
-    QTest::mouseClick(editor->cmdPlus, Qt::LeftButton);
-    QTest::mouseClick(editor->cmdSet, Qt::LeftButton);
-    QTRY_VERIFY(d->isEnabled() && d->bMagMaskEditCallBack);
-    QTest::mouseClick(d->cmdOK, Qt::LeftButton);
-    QCOMPARE(storedRows(), u"http://h/a1.jpg|01|&*|+;http://h/pic007.jpg|000+++|***&&*|-"_s);
 }
 
 // Three series fired one after another when the one before ends, at the limit
@@ -237,19 +183,35 @@ void MagazineTest::wholeRunFiresEveryRowInTurn()
     QCOMPARE(server.requestLog().join(u' '), u"/a01.jpg /a02.jpg /b01.jpg /b00.jpg /c1.jpg /c2.jpg /c3.jpg "
                                              "/d5.jpg /d6.jpg"_s);
     QCOMPARE(w->txtStatus->text(), u"Enter URL"_s);
-    QCOMPARE(shownRows(*d), QString());
+    QVERIFY(d->txtURL[0]->text().isEmpty());
 }
 
-// Accepted rows are written at quit and come back at the next start, waiting on the button.
-void MagazineTest::rowsOutliveTheProgram()
+// A double-click on a row's mask opens the advanced editor over the dialog; its
+// SET comes back into that row. Accepted rows are written at quit and come back
+// at the next start, waiting on the button, groups and all.
+void MagazineTest::editedRowsOutliveTheProgram()
 {
-    QTest::mouseClick(openAndFill(u"http://h/a01.jpg|001|-;http://h/b1.jpg||+"_s)->cmdOK, Qt::LeftButton);
+    frmMagazine *d = openAndFill(u"http://h/a01.jpg|001|-;http://h/pic007.jpg|000111|+"_s);
+    QTest::mouseDClick(d->txtMask[1], Qt::LeftButton);
+    frmMaskEdit *editor = nullptr;
+    for (QWidget *window : QApplication::topLevelWidgets())
+        editor = editor ? editor : qobject_cast<frmMaskEdit *>(window);
+    QVERIFY(editor && !d->isEnabled());
+    QTextCursor selection = editor->rtbURL->textCursor(); // "00" of "pic007" becomes a counter of its own
+    selection.setPosition(3);
+    selection.setPosition(5, QTextCursor::KeepAnchor);
+    editor->rtbURL->setTextCursor(selection);
+    QTest::mouseClick(editor->cmdPlus, Qt::LeftButton);
+    QTest::mouseClick(editor->cmdSet, Qt::LeftButton);
+    QTRY_VERIFY(d->isEnabled() && d->bMagMaskEditCallBack);
+    QTest::mouseClick(d->cmdOK, Qt::LeftButton);
     QTest::mouseClick(w->cmdQuit, Qt::LeftButton);
     QTRY_VERIFY(w.isNull());
     resetSettings();
     w = fixture::openMainWindow(*seams);
     QCOMPARE(w->cmdLoadMag->text(), u"Mag: 2"_s);
-    QCOMPARE(shownRows(*openAndFill(QString())), u"http://h/a01.jpg|001|&&*|-;http://h/b1.jpg|01|&*|+"_s);
+    QTest::mouseClick(openAndFill(QString())->cmdOK, Qt::LeftButton); // the dialog as loaded, accepted again
+    QCOMPARE(storedRows(), u"http://h/a01.jpg|001|&&*|-;http://h/pic007.jpg|000+++|***&&*|+"_s);
 }
 
 TOLMARA_REGISTER_TEST(MagazineTest)

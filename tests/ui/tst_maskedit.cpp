@@ -65,14 +65,6 @@ void verifyPainted(frmMaskEdit &e)
     }
 }
 
-QString boxTitles(const fakes::TestSeams &seams)
-{
-    QStringList titles;
-    for (const platform::MessageBoxRequest &box : seams.boxes.shown())
-        titles.append(box.title);
-    return titles.join(u'|');
-}
-
 } // namespace
 
 // The opener's texts, the steps, the mask and groups the editor then shows,
@@ -82,17 +74,12 @@ void MaskEditTest::painting_data()
     for (const char *column : {"name", "directions", "groups", "steps", "mask", "expectedGroups", "box"})
         QTest::addColumn<QString>(column);
     QTest::newRow("middle digit down") << "pic007" << "000+++" << "&&&***" << "4,1,-" << "000+-+" << "&&&*&*" << "";
-    QTest::newRow("two counters side by side") << "pic12" << "000++" << "&&&**" << "3,1,+" << "000++" << "***&*" << "";
-    QTest::newRow("to the end") << "pic007" << "000+++" << "&&&***" << "4,-1,-" << "000+--" << "***&**" << "";
     QTest::newRow("caret alone splits left of it") << "pic007" << "000+++" << "&&&***" << "5,0,+" << "000+++" << "&&&*&*" << "";
-    QTest::newRow("clear after anything") << "pic007" << "000+++" << "&&&***" << "0,2,+ 4,1,- 0,0,C 0,0,C" << "000000" << "******" << "";
     QTest::newRow("many presses") << "a9" << "0+" << "&*" << "0,-1,+ 0,1,- 0,1,+ 1,1,0 1,0,-" << "+0" << "&*" << "";
-    QTest::newRow("one character") << "7" << "+" << "*" << "0,1,-" << "-" << "*" << "";
-    QTest::newRow("letters beyond ASCII") << "façade9" << "000000+" << "&&&&&&*" << "2,1,+" << "00+000+" << "&&*&&&*" << "";
-    QTest::newRow("200 characters") << QString(196, u'a') + u"0001"_s << QString(196, u'0') + u"++++"_s << QString(196, u'&') + u"****"_s
-                                    << "198,1,-" << QString(196, u'0') + u"++-+"_s << QString(196, u'&') + u"**&*"_s << "";
+    QTest::newRow("200 characters, beyond ASCII") << QString(196, u'ç') + u"0001"_s << QString(196, u'0') + u"++++"_s
+                                                  << QString(196, u'&') + u"****"_s << "198,1,-" << QString(196, u'0') + u"++-+"_s
+                                                  << QString(196, u'&') + u"**&*"_s << "";
     QTest::newRow("groups not fitting come from the mask") << "pic007" << "000-++" << "&&&**&" << "" << "000-++" << "***&**" << "";
-    QTest::newRow("no groups come from the mask") << "pic007" << "000111" << "" << "" << "000+++" << "&&&***" << "";
     QTest::newRow("uneven mask: the default one") << "pic007" << "00+++" << "&&***" << "" << "000+++" << "&&&***"
                                                   << "Hold On There!  Uneven Mask";
 }
@@ -117,7 +104,7 @@ void MaskEditTest::painting()
     verifyPainted(*e);
     if (name.size() > 100) // the long name stays scrolled to the characters just marked
         QVERIFY(e->rtbURL->horizontalScrollBar()->value() > 0);
-    QTEST(boxTitles(seams), "box");
+    QTEST(seams.boxes.shown().value(0).title, "box");
     QTest::keyClick(e, Qt::Key_Escape);
     QTRY_VERIFY(!e);
     QVERIFY(opener.isEnabled());
@@ -131,12 +118,10 @@ void MaskEditTest::handBack_data()
 {
     for (const char *column : {"derivedFirst", "path", "steps", "finish", "mask", "groups", "box", "requests"})
         QTest::addColumn<QString>(column);
-    QTest::newRow("SET") << "" << "/e/pic007.jpg" << "4,1,-" << "SET" << "000+-+" << "&&&*&*" << "" << "";
     QTest::newRow("SET after a double-click") << "yes" << "/e/pic007.jpg" << "0,0,C 5,1,+" << "SET" << "00000+" << "&&&&&*" << "" << "";
     QTest::newRow("mixed mask: default back, still open") << "" << "/e/pic007.jpg" << "2,-1,+" << "SET" << "000111" << "&&&***"
                                                           << "Ouch!  Mixed Mask Within Group" << "";
     QTest::newRow("CANCEL") << "yes" << "/e/pic007.jpg" << "4,1,-" << "CANCEL" << "000111" << "&&&***" << "" << "";
-    QTest::newRow("close box") << "" << "/e/pic007.jpg" << "0,0,C" << "close" << "000111" << "&&&***" << "" << "";
     QTest::newRow("main window closes") << "" << "/e/pic007.jpg" << "4,1,-" << "quit" << "" << "" << "" << "";
     // Two counters side by side, the second counting down; the missing pic62 ends the run.
     QTest::newRow("the run follows the groups") << "" << "/e/pic35.jpg" << "4,1,-" << "SET" << "000+-" << "***&*" << ""
@@ -173,14 +158,11 @@ void MaskEditTest::handBack()
         QTRY_VERIFY(!e && !w);
         return;
     }
-    if (finish == u"close")
-        e->close();
-    else
-        QTest::mouseClick(finish == u"SET" ? e->cmdSet : e->cmdCancel, Qt::LeftButton);
+    QTest::mouseClick(finish == u"SET" ? e->cmdSet : e->cmdCancel, Qt::LeftButton);
     QTEST(w->txtMask->text(), "mask");
     QTEST(w->GroupText, "groups");
     QCOMPARE(w->txtMask->toolTip(), u"Group ["_s + w->GroupText + u"] "_s);
-    QTEST(boxTitles(seams), "box");
+    QTEST(seams.boxes.shown().value(0).title, "box");
     QTRY_COMPARE(!e, w->isEnabled()); // a refused mask keeps the editor open, with the default mask
     if (e)
         QCOMPARE(e->rtbMask->toPlainText() + e->rtbGroup->toPlainText(), u"000+++&&&***"_s);
