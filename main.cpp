@@ -4,7 +4,6 @@
 
 #include <QApplication>
 #include <QIcon>
-#include <QLineEdit>
 #include <cstdio>
 
 int main(int argc, char **argv)
@@ -21,13 +20,7 @@ int main(int argc, char **argv)
     for (int size : {16, 32, 48, 256})
         icon.addFile(QStringLiteral(":/icons/tolmara-%1.png").arg(size));
     QApplication::setWindowIcon(icon);
-    setMainWindowOpener([] {
-        auto *window = new frmMain;
-        window->setAttribute(Qt::WA_DeleteOnClose);
-        window->Form_Load();
-        window->show();
-        window->txtAddress->setFocus();
-    });
+    setMainWindowOpener(openMainWindowAtStartUp);
     if (!Main())
         return 1;
     return app.exec();

@@ -10,11 +10,14 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRandomGenerator>
+#include <QTimer>
 #include <QWidget>
 
 namespace {
 
 StartupState *startupState = new StartupState;
+
+constexpr int TlsCheckDelayMs = 1000;
 
 struct ProfileRow {
     int width, height;
@@ -80,7 +83,8 @@ bool Main()
     if (!DefaultDirsExist())
         CreateDefaultDirs();
     openMainWindow();
-    Inet::CheckTlsAtStartup();
+    // Loading the TLS library takes a while: ask once the window is up.
+    QTimer::singleShot(TlsCheckDelayMs, [] { Inet::CheckTlsAtStartup(); });
     return true;
 }
 

@@ -119,22 +119,26 @@ void LookUpRegistry()
 
 void UpdateRegistry()
 {
-    const Settings &s = settings();
-    SaveBoolSetting(s.SaveFullAuto, QStringLiteral("SaveFullAuto"));
-    SaveBoolSetting(s.BeepOK, QStringLiteral("BeepOK"));
-    SaveBoolSetting(s.OkToInterrupt, QStringLiteral("OkToInterrupt"));
-    SaveBoolSetting(s.AutoRename, QStringLiteral("AutoRename"));
-    SaveBoolSetting(s.SaveAsSeries, QStringLiteral("SaveAsSeries"));
-    SaveBoolSetting(s.LimitApplied, QStringLiteral("LimitApplied"));
-    SaveBoolSetting(s.ToolTips, QStringLiteral("ToolTips"));
-    SaveBoolSetting(s.CannotConnect, QStringLiteral("CannotConnect"));
-    SaveBoolSetting(s.AddDelay, QStringLiteral("AddDelay"));
-    store::write(QStringLiteral("MagFeed"), flagText(mainWindowLink().magFeedChecked()));
-    store::write(QStringLiteral("IncLimit"), QString::number(s.IncLimit.LongGet()));
-    store::write(QStringLiteral("TimeOut"), QString::number(s.TimeOut.LongGet()));
-    store::write(QStringLiteral("BiteSize"), QString::number(s.BiteSize.IntGet()));
-    store::write(QStringLiteral("TempDir"), s.TempDir.VarGet().toString());
-    store::write(QStringLiteral("SaveDir"), s.SaveDir.VarGet().toString());
+    try {
+        const Settings &s = settings();
+        SaveBoolSetting(s.SaveFullAuto, QStringLiteral("SaveFullAuto"));
+        SaveBoolSetting(s.BeepOK, QStringLiteral("BeepOK"));
+        SaveBoolSetting(s.OkToInterrupt, QStringLiteral("OkToInterrupt"));
+        SaveBoolSetting(s.AutoRename, QStringLiteral("AutoRename"));
+        SaveBoolSetting(s.SaveAsSeries, QStringLiteral("SaveAsSeries"));
+        SaveBoolSetting(s.LimitApplied, QStringLiteral("LimitApplied"));
+        SaveBoolSetting(s.ToolTips, QStringLiteral("ToolTips"));
+        SaveBoolSetting(s.CannotConnect, QStringLiteral("CannotConnect"));
+        SaveBoolSetting(s.AddDelay, QStringLiteral("AddDelay"));
+        store::write(QStringLiteral("MagFeed"), flagText(mainWindowLink().magFeedChecked()));
+        store::write(QStringLiteral("IncLimit"), QString::number(s.IncLimit.LongGet()));
+        store::write(QStringLiteral("TimeOut"), QString::number(s.TimeOut.LongGet()));
+        store::write(QStringLiteral("BiteSize"), QString::number(s.BiteSize.IntGet()));
+        store::write(QStringLiteral("TempDir"), s.TempDir.VarGet().toString());
+        store::write(QStringLiteral("SaveDir"), s.SaveDir.VarGet().toString());
+    } catch (const Fault &f) {
+        BugAlert(QStringLiteral("UpdateRegistry Module"), QString(), f);
+    }
 }
 
 QString NextSeriesNumber()

@@ -4,6 +4,7 @@
 #include "app/modMain.h"
 #include "app/paths.h"
 #include "app/settings.h"
+#include "app/temp_pictures.h"
 #include "fetch/controls.h"
 #include "fetch/lamp.h"
 #include "fetch/modfrmMain.h"
@@ -81,6 +82,15 @@ frmMain::~frmMain()
 }
 
 frmMain *frmMain::instance() { return theMainWindow; }
+
+void openMainWindowAtStartUp()
+{
+    auto *window = new frmMain;
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->Form_Load();
+    window->show();
+    window->txtAddress->setFocus();
+}
 
 void frmMain::createControls()
 {
@@ -186,40 +196,45 @@ void frmMain::connectHandlers()
 
 void frmMain::Form_Load()
 {
-    LookUpRegistry();
-    if (magazine().MagRowCount > 0)
-        SetcmdMagCaption(); // the rows kept from the last run wait on the button
-    timInetCancel->stop();
-    timCallGetNext->stop();
-    cmdSkip->setEnabled(false);
-    cmdSave->setEnabled(false);
-    cmdNext->setEnabled(false);
-    timOkToShift->stop();
-    shpRed->setFillColor(Red);
-    chkAuto->setChecked(true);
+    try {
+        LookUpRegistry();
+        RemoveLeftoverTempPictures(settings().TempDir.VarGet().toString());
+        if (magazine().MagRowCount > 0)
+            SetcmdMagCaption(); // the rows kept from the last run wait on the button
+        timInetCancel->stop();
+        timCallGetNext->stop();
+        cmdSkip->setEnabled(false);
+        cmdSave->setEnabled(false);
+        cmdNext->setEnabled(false);
+        timOkToShift->stop();
+        shpRed->setFillColor(Red);
+        chkAuto->setChecked(true);
 
-    const ScreenProfile &profile = screenProfile();
-    ScaleForm(this, profile.ScaleFactor, true);
-    setFixedSize(size()); // laid out control by control: it does not stretch
-    SetFormFontSize(this, profile.FontSizeMedium);
-    SetArrayFontSize({cmdStart}, profile.FontSizeLarge);
-    if (const QScreen *screen = QGuiApplication::primaryScreen())
-        move(screen->availableGeometry().center() - rect().center());
+        const ScreenProfile &profile = screenProfile();
+        ScaleForm(this, profile.ScaleFactor, true);
+        setFixedSize(size()); // laid out control by control: it does not stretch
+        SetFormFontSize(this, profile.FontSizeMedium);
+        SetArrayFontSize({cmdStart}, profile.FontSizeLarge);
+        if (const QScreen *screen = QGuiApplication::primaryScreen())
+            move(screen->availableGeometry().center() - rect().center());
 
-    RunState &run = runState();
-    run.ProjectorTitle = QStringLiteral("Tolmara Projector");
-    run.MinedCount = 0;
-    run.SavedCount = 0;
-    run.TempFileName = startup().sTempFileName;
-    run.StatusMaxLen = profile.PathDisplayLength;
-    if (settings().ToolTips.boolGet())
-        SetToolTips();
-    else
-        ClearToolTips(this);
-    txtAddress->setFocus();
-    txtStatus->setText(QStringLiteral("Enter URL"));
-    run.PendingStatus = QStringLiteral("Enter URL");
-    CheckDirectories();
+        RunState &run = runState();
+        run.ProjectorTitle = QStringLiteral("Tolmara Projector");
+        run.MinedCount = 0;
+        run.SavedCount = 0;
+        run.TempFileName = startup().sTempFileName;
+        run.StatusMaxLen = profile.PathDisplayLength;
+        if (settings().ToolTips.boolGet())
+            SetToolTips();
+        else
+            ClearToolTips(this);
+        txtAddress->setFocus();
+        txtStatus->setText(QStringLiteral("Enter URL"));
+        run.PendingStatus = QStringLiteral("Enter URL");
+        CheckDirectories();
+    } catch (const Fault &f) {
+        BugAlert(QStringLiteral("frmMain.form_Load"), QString(), f);
+    }
 }
 
 void frmMain::CheckDirectories()
@@ -387,7 +402,8 @@ bool frmMain::Form_Unload()
         return false;
     }
     CancelInet();
-    QFile::remove(joinPath(settings().TempDir.VarGet().toString(), runState().TempFileName));
+    // Where the pictures were written, even if the temporary folder has changed since.
+    ReleaseTempPictures();
     unloadOtherWindows();
     return true;
 }

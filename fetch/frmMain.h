@@ -158,3 +158,6 @@ private:
     bool m_advancedEdit = false;
     bool m_swallowPress = false; // a refused step took the click on its way
 };
+
+// Opens the main window as start-up does: loaded, shown, the address box focused.
+void openMainWindowAtStartUp();

@@ -6,6 +6,7 @@
 #include "app/bug_alert.h"
 #include "app/paths.h"
 #include "app/settings.h"
+#include "app/temp_pictures.h"
 #include "engine/ModFunct.h"
 #include "fetch/controls.h"
 #include "fetch/lamp.h"
@@ -205,6 +206,7 @@ bool frmMain::storePicture(QByteArray &buffer)
     } else {
         buffer.truncate(buffer.size() - tail);
         run.TempFilePath = joinPath(settings().TempDir.VarGet().toString(), run.TempFileName);
+        HoldTempPicture(run.TempFilePath); // so that another copy starting up leaves it alone
         QFile::remove(run.TempFilePath);
         if (!writeTempFile(buffer))
             return false;

@@ -3,10 +3,12 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QMessageBox>
 #include <QScreen>
 #include <QSettings>
+#include <QTimer>
 
 namespace platform {
 namespace {
@@ -77,7 +79,56 @@ Answer QtMessageBoxes::show(const MessageBoxRequest &request)
     return escapeAnswer(request.buttons);
 }
 
+// One store, as this program last saw it on disk.
+class QtSettingsStore::OpenFile : public QSettings {
+public:
+    OpenFile(const QString &path, QSettings::Format format) : QSettings(path, format) { remember(); }
+    // The platform's own store of the application (the registry on Windows).
+    explicit OpenFile(const QString &application)
+        : QSettings(QSettings::NativeFormat, QSettings::UserScope, application)
+    {
+    }
+    // True when the file on disk is not the one this store read or wrote last.
+    bool changedOnDisk() const
+    {
+        const QFileInfo file(fileName());
+        return file.lastModified() != m_modified || file.size() != m_size;
+    }
+    void remember()
+    {
+        const QFileInfo file(fileName());
+        m_modified = file.lastModified();
+        m_size = file.size();
+    }
+
+protected:
+    // Writes gather for a moment before they go to the file (which syncs the
+    // disk), so that start-up does not wait for the disk; the store writes the
+    // rest when it goes.
+    bool event(QEvent *event) override
+    {
+        if (event->type() != QEvent::UpdateRequest)
+            return QSettings::event(event);
+        if (!m_writeDue) {
+            m_writeDue = true;
+            QTimer::singleShot(WriteDelayMs, this, [this] {
+                m_writeDue = false;
+                sync();
+                remember(); // the file as written is ours
+            });
+        }
+        return true;
+    }
+
+private:
+    static constexpr int WriteDelayMs = 2000;
+    QDateTime m_modified;
+    qint64 m_size = -1;
+    bool m_writeDue = false;
+};
+
 QtSettingsStore::QtSettingsStore(const QString &folder) : m_folder(folder) {}
+QtSettingsStore::~QtSettingsStore() = default; // each QSettings writes what is still pending
 
 QString QtSettingsStore::fileName(const QString &application) const
 {
@@ -86,20 +137,28 @@ QString QtSettingsStore::fileName(const QString &application) const
     return QDir(m_folder).filePath(application + QStringLiteral(".ini"));
 }
 
-std::unique_ptr<QSettings> QtSettingsStore::open(const QString &application) const
+QSettings &QtSettingsStore::open(const QString &application)
 {
+    std::unique_ptr<OpenFile> &file = m_open[application];
+    if (!file) {
 #ifdef Q_OS_WIN
-    // HKEY_CURRENT_USER\Software\<application>, one key a section, values as REG_SZ.
-    if (m_folder.isEmpty())
-        return std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope, application);
+        // HKEY_CURRENT_USER\Software\<application>, one key a section, values as REG_SZ.
+        if (m_folder.isEmpty())
+            file = std::make_unique<OpenFile>(application);
 #endif
-    return std::make_unique<QSettings>(fileName(application), QSettings::IniFormat);
+        if (!file)
+            file = std::make_unique<OpenFile>(fileName(application), QSettings::IniFormat);
+    } else if (file->changedOnDisk()) {
+        file->sync(); // writes what is pending and reads the file again
+        file->remember();
+    }
+    return *file;
 }
 
 QString QtSettingsStore::read(const QString &application, const QString &section, const QString &key,
                               const QString &defaultValue)
 {
-    const QVariant value = open(application)->value(section + QLatin1Char('/') + key, defaultValue);
+    const QVariant value = open(application).value(section + QLatin1Char('/') + key, defaultValue);
     // A hand-edited INI value with unquoted commas reads back as a list: keep its text.
     if (value.typeId() == QMetaType::QStringList)
         return value.toStringList().join(QLatin1Char(','));
@@ -109,7 +168,7 @@ QString QtSettingsStore::read(const QString &application, const QString &section
 void QtSettingsStore::write(const QString &application, const QString &section, const QString &key,
                             const QString &value)
 {
-    open(application)->setValue(section + QLatin1Char('/') + key, value);
+    open(application).setValue(section + QLatin1Char('/') + key, value);
 }
 
 QString QtClipboard::text() const { return QGuiApplication::clipboard()->text(); }

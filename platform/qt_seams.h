@@ -3,6 +3,7 @@
 
 #include "platform/seams.h"
 
+#include <map>
 #include <memory>
 
 class QSettings;
@@ -16,10 +17,13 @@ public:
 
 // QSettings: on Windows the registry (HKEY_CURRENT_USER\Software\<application>);
 // elsewhere an INI file, ~/.config/<application>.ini; one group a section. A
-// test can point it at an INI file in another folder on every platform.
+// test can point it at an INI file in another folder on every platform. Each
+// store is read once and kept open; writes reach it a moment later and when the
+// store goes. An INI file changed by someone else meanwhile is read again.
 class QtSettingsStore : public SettingsStore {
 public:
     explicit QtSettingsStore(const QString &folder = QString());
+    ~QtSettingsStore() override;
     QString read(const QString &application, const QString &section, const QString &key,
                  const QString &defaultValue) override;
     void write(const QString &application, const QString &section, const QString &key,
@@ -28,9 +32,11 @@ public:
     QString fileName(const QString &application) const;
 
 private:
-    std::unique_ptr<QSettings> open(const QString &application) const;
+    class OpenFile;
+    QSettings &open(const QString &application);
 
     QString m_folder;
+    std::map<QString, std::unique_ptr<OpenFile>> m_open;
 };
 
 class QtClipboard : public Clipboard {

@@ -92,7 +92,9 @@ void SettingsTest::garbageFileLoadsWithoutCrash()
     QVERIFY(!settings().ToolTips.boolGet());
     QCOMPARE(seams.beeper.beeps, 1);
 
-    // A file that is not INI at all reads as a fresh store.
+    // A file that is not INI at all reads as a fresh store at the next start.
+    seams.store = std::make_unique<platform::QtSettingsStore>(seams.folder.path());
+    platform::install(seams.store.get());
     QFile file(seams.settingsFile());
     QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
     file.write(QByteArray("\x00\xff[[[=\n\x01garbage", 16));

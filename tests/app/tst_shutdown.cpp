@@ -1,4 +1,6 @@
 #include "app/settings.h"
+#include "app/temp_pictures.h"
+#include "fetch/run_state.h"
 #include "fetch/frmMain.h"
 #include "platform/Inet1.h"
 #include "support/fakes.h"
@@ -28,11 +30,13 @@ void ShutdownTest::quit_data()
     QTest::addColumn<platform::Answer>("answer");
     QTest::addColumn<QString>("storedBiteSize");
     QTest::addColumn<int>("magazineRows"); // stored when the program has gone
-    QTest::newRow("unchanged asks nothing") << false << platform::Answer::Ok << "<missing>" << 1;
-    QTest::newRow("Yes saves") << true << platform::Answer::Yes << "4096" << 1;
-    QTest::newRow("No discards") << true << platform::Answer::No << "<missing>" << 1;
+    QTest::addColumn<bool>("tempDirMoved"); // the temporary folder changed after the picture was written
+    QTest::newRow("unchanged asks nothing") << false << platform::Answer::Ok << "<missing>" << 1 << false;
+    QTest::newRow("Yes saves") << true << platform::Answer::Yes << "4096" << 1 << false;
+    QTest::newRow("No discards") << true << platform::Answer::No << "<missing>" << 1 << false;
     // Cancel keeps the program running; the next quit saves the magazine again.
-    QTest::newRow("Cancel, then No") << true << platform::Answer::Cancel << "<missing>" << 2;
+    QTest::newRow("Cancel, then No") << true << platform::Answer::Cancel << "<missing>" << 2 << false;
+    QTest::newRow("temporary folder moved") << false << platform::Answer::Ok << "<missing>" << 1 << true;
 }
 
 void ShutdownTest::quit()
@@ -40,9 +44,15 @@ void ShutdownTest::quit()
     QFETCH(bool, changed);
     QFETCH(platform::Answer, answer);
     QFETCH(int, magazineRows);
+    QFETCH(bool, tempDirMoved);
     fakes::TestSeams seams;
     QPointer<frmMain> window = fixture::openMainWindow(seams);
-    QFile(fixture::tempFile()).open(QIODevice::WriteOnly);
+    const QString written = fixture::tempFile(); // as a call writes it
+    runState().TempFilePath = written;
+    HoldTempPicture(written);
+    QFile(written).open(QIODevice::WriteOnly);
+    if (tempDirMoved)
+        settings().TempDir.VarLet(fixture::saveDir(seams));
     magazine().Round.strLet(0, QStringLiteral("http://h/a01.jpg"));
     settings().BiteSize.IntLet(4096);
     settings().ConfigChanged.boolLet(changed);
@@ -57,12 +67,12 @@ void ShutdownTest::quit()
     QTEST(seams.stored(QStringLiteral("BiteSize")), "storedBiteSize");
     if (answer == platform::Answer::Cancel) {
         QTRY_COMPARE(window->windowTitle(), QStringLiteral("Tolmara2"));
-        QVERIFY(QFile::exists(fixture::tempFile()));
+        QVERIFY(QFile::exists(written));
         seams.boxes.expect(platform::Answer::No);
         QTest::mouseClick(window->cmdQuit, Qt::LeftButton);
     }
     QTRY_VERIFY(window.isNull());
-    QVERIFY(!QFile::exists(fixture::tempFile()));
+    QVERIFY(!QFile::exists(written));
     resetSettings();
     LookUpRegistry();
     QCOMPARE(int(magazine().MagRowCount), magazineRows);

@@ -2,11 +2,15 @@
 #include "app/modMain.h"
 #include "app/paths.h"
 #include "app/settings.h"
+#include "app/temp_pictures.h"
 #include "support/fakes.h"
 #include "support/test_main.h"
 
 #include <QDir>
 #include <QFile>
+#include <QSysInfo>
+#include <QTemporaryDir>
+#include <QLockFile>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QStandardPaths>
@@ -20,6 +24,8 @@ private slots:
     void defaultDirs_data();
     void defaultDirs();
     void tempNames();
+    void leftoverTempPictures_data();
+    void leftoverTempPictures();
     void hangUp_data();
     void hangUp();
     void scaling();
@@ -138,6 +144,46 @@ void StartupTest::tempNames()
             seen.insert(c);
     }
     QCOMPARE(seen.size(), 61); // every one of the 61 characters turns up in 10000 draws
+}
+
+// Temporary pictures left by copies that were killed go at the next start;
+// those of a copy still running stay.
+void StartupTest::leftoverTempPictures_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("lock"); // "none", "held" by a running copy, "dead" copy's
+    QTest::addColumn<bool>("kept");
+    QTest::newRow("left over") << "TmpAbCdE.jpg" << "none" << false;
+    QTest::newRow("copy that died") << "Tmp9zZ1q.jpg" << "dead" << false;
+    QTest::newRow("running copy's") << "TmpAbCdE.jpg" << "held" << true;
+    QTest::newRow("not a temporary name") << "Tmp12340.jpg" << "none" << true;
+    QTest::newRow("the user's own") << "holiday.jpg" << "none" << true;
+}
+
+void StartupTest::leftoverTempPictures()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, lock);
+    QFETCH(bool, kept);
+    QTemporaryDir dir;
+    const QString picture = dir.filePath(name);
+    for (const QString &file : {picture, picture + QStringLiteral(".part")}) {
+        QFile f(file);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("picture");
+    }
+    QLockFile running(picture + QStringLiteral(".lock"));
+    if (lock == QStringLiteral("held"))
+        QVERIFY(running.tryLock(0));
+    if (lock == QStringLiteral("dead")) { // as a killed copy leaves it: its process is gone
+        QFile f(picture + QStringLiteral(".lock"));
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write("2147483000\nTolmara2\n" + QSysInfo::machineHostName().toUtf8() + "\n");
+    }
+    RemoveLeftoverTempPictures(dir.path());
+    QCOMPARE(QFile::exists(picture), kept);
+    QCOMPARE(QFile::exists(picture + QStringLiteral(".part")), kept);
+    QCOMPARE(QFile::exists(picture + QStringLiteral(".lock")), lock == QStringLiteral("held"));
 }
 
 void StartupTest::hangUp_data()
