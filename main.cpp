@@ -1,6 +1,7 @@
 #include "app/main_window_link.h"
 #include "app/modMain.h"
 #include "fetch/frmMain.h"
+#include "platform/seams.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -8,8 +9,7 @@
 
 int main(int argc, char **argv)
 {
-    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
-        && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+    if (!platform::displayAvailable()) {
         std::fprintf(stderr, "tolmara: no display (set DISPLAY, or run it under Xvfb as README.md shows)\n");
         return 1;
     }

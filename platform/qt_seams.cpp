@@ -171,6 +171,16 @@ void QtSettingsStore::write(const QString &application, const QString &section, 
     open(application).setValue(section + QLatin1Char('/') + key, value);
 }
 
+bool displayAvailable()
+{
+#ifdef Q_OS_WIN
+    return true;
+#else
+    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
+        || !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+#endif
+}
+
 QString QtClipboard::text() const { return QGuiApplication::clipboard()->text(); }
 void QtClipboard::setText(const QString &text) { QGuiApplication::clipboard()->setText(text); }
 

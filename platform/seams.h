@@ -98,6 +98,10 @@ void install(Screen *seam);
 void install(DialUp *seam);
 void install(Clock *seam);
 
+// False in a session without a display server to show windows on (Windows
+// always has its desktop).
+bool displayAvailable();
+
 // Shorthand for the common case of a box without the foreground flag.
 Answer msgBox(const QString &text, const QString &title, Icon icon = Icon::None,
               Buttons buttons = Buttons::Ok);
