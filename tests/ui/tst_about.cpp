@@ -1,16 +1,13 @@
-#include "app/modMain.h"
 #include "support/fakes.h"
 #include "support/test_main.h"
 #include "support/window_fixture.h"
 #include "ui/frmAbout.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QTest>
 #include <QTimer>
 
@@ -23,74 +20,59 @@ private slots:
 
 namespace {
 
-// Right-clicks target; the context menu that comes up, if any, is answered by
-// choosing its entry named entry. False when no menu came up.
-bool rightClick(QWidget *target, const QString &entry)
+// Right-clicks target and chooses "About Tolmara" in the menu that comes up;
+// false when none came up.
+bool chooseAboutFromMenu(QWidget *target)
 {
-    bool menuShown = false;
-    QTimer::singleShot(100, target, [&menuShown, entry] {
-        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
-        if (!menu)
-            return;
-        menuShown = true;
-        for (QAction *action : menu->actions())
-            if (action->text() == entry)
-                menu->setActiveAction(action);
-        QTest::keyClick(menu, Qt::Key_Return);
+    bool shown = false;
+    QTimer::singleShot(100, target, [&shown] {
+        if (auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget())) {
+            shown = true;
+            for (QAction *action : menu->actions())
+                if (action->text() == QLatin1String("About Tolmara"))
+                    menu->setActiveAction(action);
+            QTest::keyClick(menu, Qt::Key_Return);
+        }
     });
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), target->mapToGlobal(QPoint(5, 5)));
     QApplication::sendEvent(target, &event);
     QTest::qWait(200);
-    return menuShown;
+    return shown;
 }
-
 
 } // namespace
 
-// How the box is opened, on which screen, and how it is closed.
+// How the box is opened and how it is closed.
 void AboutTest::openAndClose_data()
 {
-    QTest::addColumn<QString>("open");
-    QTest::addColumn<QSize>("screen");
+    QTest::addColumn<bool>("byMenu");
     QTest::addColumn<QString>("close");
-    QTest::newRow("F1, key") << "F1" << QSize(1024, 768) << "key";
-    QTest::newRow("menu of a button, click on the text") << "menu" << QSize(1280, 1024) << "click credits";
-    QTest::newRow("F1, Esc") << "F1" << QSize(800, 600) << "Esc";
-    QTest::newRow("F1, click on the box") << "F1" << QSize(1024, 768) << "click box";
+    QTest::newRow("F1, a letter") << false << "key";
+    QTest::newRow("menu of a button, click on the text") << true << "click text";
+    QTest::newRow("F1, click on the box") << false << "click box";
 }
 
 void AboutTest::openAndClose()
 {
-    QFETCH(QString, open);
-    QFETCH(QSize, screen);
+    QFETCH(bool, byMenu);
     QFETCH(QString, close);
     fakes::TestSeams seams;
-    seams.screen.size = screen;
-    QVERIFY(Main());
     QPointer<frmMain> w = fixture::openMainWindow(seams);
     // The right button on the picture is a picture command: no menu comes up there.
-    QVERIFY(!rightClick(w->pictMain, QStringLiteral("About Tolmara")));
-    if (open == QLatin1String("F1"))
-        QTest::keyClick(w, Qt::Key_F1);
+    QVERIFY(!chooseAboutFromMenu(w->pictMain));
+    if (byMenu)
+        QVERIFY(chooseAboutFromMenu(w->cmdConfig));
     else
-        QVERIFY(rightClick(w->cmdConfig, QStringLiteral("About Tolmara")));
+        QTest::keyClick(w, Qt::Key_F1);
     QPointer<frmAbout> about = w->findChild<frmAbout *>();
-    QVERIFY(about);
-    QTRY_VERIFY(about->isVisible());
-    QCOMPARE(about->windowTitle(), QStringLiteral("About Tolmara"));
-    QVERIFY(QRegularExpression(QStringLiteral("^Tolmara \\d+\\.\\d+")).match(about->lblTitle->text()).hasMatch());
-    QCOMPARE(about->lblCredits->font().pointSize(), screenProfile().FontSizeMedium);
-    QCOMPARE(about->lblTitle->font().pointSize(), screenProfile().FontSizeTitle);
+    QVERIFY(about && about->isVisible());
+    QVERIFY(about->lblTitle->text().startsWith(QLatin1String("Tolmara 2.")));
     if (close == QLatin1String("key"))
         QTest::keyClick(about, Qt::Key_A);
-    else if (close == QLatin1String("Esc"))
-        QTest::keyClick(about, Qt::Key_Escape);
     else
-        QTest::mouseClick(close == QLatin1String("click box") ? static_cast<QWidget *>(about)
-                                                               : about->lblCredits,
+        QTest::mouseClick(close == QLatin1String("click box") ? static_cast<QWidget *>(about) : about->lblCredits,
                           Qt::LeftButton);
     QTRY_VERIFY(about.isNull());
-    QVERIFY(w->isVisible());
     w->Unload();
 }
 
