@@ -28,6 +28,8 @@
 #include <QScreen>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace {
 
 frmMain *theMainWindow = nullptr;
@@ -56,6 +58,28 @@ void showMissingDirectory(const QString &dir, const QString &title, const QStrin
         return;
     platform::msgBox(purpose + Crlf + Crlf + dir + QStringLiteral(" - Doesn't exist!") + Crlf + Crlf + advice,
                      title, platform::Icon::Exclamation);
+}
+
+// Spreads the frame's controls evenly over the room below its caption, as
+// they stand but no further apart than laid out: at small scales the caption
+// takes more of the frame than the layout allowed for.
+void fitIntoFrame(QGroupBox *frame)
+{
+    frame->ensurePolished();
+    QList<QWidget *> controls = frame->findChildren<QWidget *>(Qt::FindDirectChildrenOnly);
+    if (controls.isEmpty())
+        return;
+    std::sort(controls.begin(), controls.end(), [](QWidget *a, QWidget *b) { return a->y() < b->y(); });
+    const QRect room = frame->contentsRect().adjusted(0, 1, 0, -1);
+    const int height = qMin(controls.first()->height(), room.height());
+    const int count = int(controls.size());
+    const int laidOutStep = count > 1 ? controls.at(1)->y() - controls.at(0)->y() : 0;
+    const int step = count > 1 ? qMin(laidOutStep, (room.height() - height) / (count - 1)) : 0;
+    int y = room.top() + qMax(0, (room.height() - height - step * (count - 1)) / 2);
+    for (QWidget *control : controls) {
+        control->setGeometry(control->x(), y, control->width(), height);
+        y += step;
+    }
 }
 
 } // namespace
@@ -112,7 +136,7 @@ void frmMain::createControls()
     framDirection = named<QGroupBox>(this, "framDirection", QStringLiteral("Direction"));
     optFoward = named<QRadioButton>(framDirection, "optFoward", QStringLiteral("&Forward"));
     optBack = named<QRadioButton>(framDirection, "optBack", QStringLiteral("&Backward"));
-    optSame = named<QRadioButton>(framDirection, "optSame", QStringLiteral("Same &file"));
+    optSame = named<QRadioButton>(framDirection, "optSame", QStringLiteral("Same f&ile"));
     optFoward->setChecked(true);
     m_directions = new QButtonGroup(this);
     m_directions->addButton(optFoward);
@@ -213,8 +237,13 @@ void frmMain::Form_Load()
         const ScreenProfile &profile = screenProfile();
         ScaleForm(this, profile.ScaleFactor, true);
         setFixedSize(size()); // laid out control by control: it does not stretch
+        // ... so it offers no maximize button.
+        setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
+                       | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
         SetFormFontSize(this, profile.FontSizeMedium);
         SetArrayFontSize({cmdStart}, profile.FontSizeLarge);
+        for (QGroupBox *frame : {framDirection, framOptions})
+            fitIntoFrame(frame);
         if (const QScreen *screen = QGuiApplication::primaryScreen())
             move(screen->availableGeometry().center() - rect().center());
 

@@ -15,6 +15,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRandomGenerator>
+#include <QSet>
 #include <QTest>
 #include <QTimer>
 
@@ -29,6 +30,8 @@ private slots:
     void shortcutButton_data();
     void shortcutButton();
     void tipsLabelsAndStatusLine();
+    void layoutAtEveryScreen_data();
+    void layoutAtEveryScreen();
     void randomTextsNeverCrash();
 };
 
@@ -244,6 +247,40 @@ void MainWindowTest::tipsLabelsAndStatusLine()
 // Random texts typed into the address, mask and step boxes and started:
 // messages may come, but no crash, no sanitizer report and no Bug Alert
 // except the step's overflow.
+// At every screen size: the controls of a frame sit below its caption and
+// inside its border, and no two buttons share an accelerator key.
+void MainWindowTest::layoutAtEveryScreen_data()
+{
+    QTest::addColumn<float>("scale");
+    QTest::addColumn<int>("font");
+    QTest::newRow("800x600") << 0.78f << 8;
+    QTest::newRow("1024x768") << 1.0f << 10;
+    QTest::newRow("1280x1024") << 1.25f << 14;
+}
+
+void MainWindowTest::layoutAtEveryScreen()
+{
+    QFETCH(float, scale);
+    QFETCH(int, font);
+    fakes::TestSeams seams;
+    screenProfile().ScaleFactor = scale;
+    screenProfile().FontSizeMedium = font;
+    QPointer<frmMain> w = fixture::openMainWindow(seams);
+    for (QGroupBox *frame : {w->framDirection, w->framOptions})
+        for (QWidget *control : frame->findChildren<QWidget *>(Qt::FindDirectChildrenOnly))
+            QVERIFY2(frame->contentsRect().contains(control->geometry()), qPrintable(control->objectName()));
+    QSet<QChar> keys;
+    for (QAbstractButton *button : w->findChildren<QAbstractButton *>()) {
+        const qsizetype at = button->text().indexOf(u'&');
+        if (at < 0)
+            continue;
+        const QChar key = button->text().at(at + 1).toUpper();
+        QVERIFY2(!keys.contains(key), qPrintable(button->text()));
+        keys.insert(key);
+    }
+    w->Unload();
+}
+
 void MainWindowTest::randomTextsNeverCrash()
 {
     fakes::TestSeams seams;
