@@ -16,6 +16,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QTimer>
 
 namespace {
@@ -168,6 +169,31 @@ bool frmLarge::eventFilter(QObject *watched, QEvent *event)
     return QWidget::eventFilter(watched, event);
 }
 
+namespace {
+
+// The size from the screen profile is the window's outer size, frame included.
+// It opens beside the main window when the screen has room there, else over
+// the main window's picture, left of its controls.
+void placeProjector(frmLarge &p, QSize outer)
+{
+    p.resize(outer - (p.frameGeometry().size() - p.geometry().size()));
+    frmMain *w = frmMain::instance();
+    const QScreen *screen = p.screen();
+    if (!w || !screen)
+        return;
+    const QRect room = screen->availableGeometry();
+    const QRect main = w->frameGeometry();
+    int x = w->cmdStart->mapToGlobal(QPoint(0, 0)).x() - outer.width();
+    if (main.right() + outer.width() <= room.right())
+        x = main.right() + 1;
+    else if (main.left() - outer.width() >= room.left())
+        x = main.left() - outer.width();
+    x = qBound(room.left(), x, qMax(room.left(), room.right() + 1 - outer.width()));
+    p.move(x, qBound(room.top(), main.top(), qMax(room.top(), room.bottom() + 1 - outer.height())));
+}
+
+} // namespace
+
 frmLarge *projector() { return theProjector; }
 
 void openProjector()
@@ -184,11 +210,13 @@ void openProjector()
             theProjector->showPicture(theProjector->windowTitle(), w->pictMain->pixmap());
     }
     const ScreenProfile &profile = screenProfile();
-    theProjector->resize(toPixels(profile.ProjectorWidth), toPixels(profile.ProjectorHeight));
+    const QSize outer(toPixels(profile.ProjectorWidth), toPixels(profile.ProjectorHeight));
+    theProjector->resize(outer);
     RunState &run = runState();
     run.ProjectorShown = true;
     run.NoRefocus = true;
     theProjector->show();
+    placeProjector(*theProjector, outer);
     theProjector->raise();
     theProjector->activateWindow();
     theProjector->pictLarge->setFocus();
