@@ -4,22 +4,24 @@
 #include "fetch/modfrmMain.h"
 #include "fetch/run_state.h"
 #include "support/test_main.h"
-#include "support/window_fixture.h"
 
 #include <QBuffer>
+#include <QCheckBox>
 #include <QFile>
 #include <QGroupBox>
 #include <QImage>
+#include <QKeySequence>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTest>
 #include <QTimer>
 
 using viewtest::sendMouse;
 
 // What the user sees of each fetched picture in the main window and the
-// projector, and what the mouse does on the pictures.
+// projector, and what the mouse and the keys do on the pictures.
 class DisplayTest : public QObject {
     Q_OBJECT
 private slots:
@@ -27,8 +29,11 @@ private slots:
     void showPic();
     void dragFollowsTheMouseOncePerTick_data();
     void dragFollowsTheMouseOncePerTick();
-    void mouseButtons_data();
-    void mouseButtons();
+    void commands_data();
+    void commands();
+    void projectorOpensAndComesBack();
+    void projectorResizing_data();
+    void projectorResizing();
 };
 
 namespace {
@@ -50,71 +55,49 @@ QByteArray jpegClaimingSize(int width, int height)
     return jpeg.replace(jpeg.indexOf(QByteArray("\xff\xc0", 2)) + 5, 4, QByteArray(size, 4));
 }
 
-const QString Corrupt = QStringLiteral("Load Picture Error - Possible Corrupt File!");
-
 } // namespace
 
 void DisplayTest::showPic_data()
 {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<bool>("good");
-    QTest::addColumn<bool>("projectorOpen");
-    QTest::addColumn<QString>("caption");
-    QTest::addColumn<QSize>("pictureSize"); // 0 x 0: no picture
-    QTest::addColumn<QString>("status");
-    QTest::addColumn<QString>("projectorTitle");
+    QTest::addColumn<QSize>("pictureSize"); // empty: not shown
     const QByteArray jpeg = makeJpeg(QSize(800, 600));
-    const QSize none(0, 0);
-    const QString showing = QStringLiteral("Tolmara Projector - Now Showing pic007.jpg");
-    QTest::newRow("intact") << jpeg << true << false << "JPEG - pic007.jpg" << QSize(800, 600) << "Enter URL"
-                            << showing;
-    QTest::newRow("intact, projector open") << jpeg << true << true << "JPEG - pic007.jpg" << QSize(800, 600)
-                                            << "Enter URL" << showing;
-    QTest::newRow("cut short") << jpeg << false << true << "JPEG - pic007.jpg...Damaged!" << none << "Enter URL"
-                               << showing + QStringLiteral("...Damaged!");
-    QTest::newRow("PNG, not a JPEG") << pngBytes() << true << true << "JPEG - pic007.jpg" << none << Corrupt
-                                     << "Tolmara Projector";
-    QTest::newRow("web page") << QByteArray("<html><body>Not here</body></html>\xff\xd9") << true << false
-                              << "JPEG - pic007.jpg" << none << Corrupt << "Tolmara Projector";
-    QTest::newRow("zero bytes") << QByteArray() << true << true << "JPEG - pic007.jpg" << none << Corrupt
-                                << "Tolmara Projector";
-    QTest::newRow("12000 x 12000") << jpegClaimingSize(12000, 12000) << true << true << "JPEG - pic007.jpg"
-                                   << none << Corrupt << "Tolmara Projector";
+    QTest::newRow("intact") << jpeg << true << QSize(800, 600);
+    QTest::newRow("cut short") << jpeg << false << QSize(0, 0);
+    QTest::newRow("PNG, not a JPEG") << pngBytes() << true << QSize(0, 0);
+    QTest::newRow("12000 x 12000") << jpegClaimingSize(12000, 12000) << true << QSize(0, 0);
 }
 
 void DisplayTest::showPic()
 {
     QFETCH(QByteArray, bytes);
     QFETCH(bool, good);
-    QFETCH(bool, projectorOpen);
     QFETCH(QSize, pictureSize);
-    QFETCH(QString, status);
-    QFETCH(QString, projectorTitle);
     fakes::TestSeams seams;
     viewtest::OpenWindow w(seams);
     // A picture already on show, dragged aside, and 4 calls counted.
-    viewtest::putPicture(makeJpeg(QSize(900, 700)), QStringLiteral("old.jpg"), true);
+    viewtest::putPicture(makeJpeg(QSize(900, 700)));
     w->pictMain->move(-50, -40);
     runState().MinedCount = 4;
-    if (projectorOpen)
-        viewtest::openProjector(*w);
-    runState().ProjectorTitle = QStringLiteral("Tolmara Projector");
+    viewtest::openProjector(w.w);
+    const QString titleBefore = runState().ProjectorTitle;
 
-    viewtest::putPicture(bytes);
+    viewtest::putPicture(bytes, false);
     ShowPic(good);
 
-    QTEST(w->framLarge->title(), "caption");
+    const bool corrupt = good && pictureSize.isEmpty();
+    const QString damage = good ? QString() : QStringLiteral("...Damaged!");
+    QCOMPARE(w->framLarge->title(), QStringLiteral("JPEG - pic007.jpg") + damage);
     QCOMPARE(w->txtTotalDown->text(), QStringLiteral("5"));
-    QCOMPARE(w->txtStatus->text(), status);
+    QCOMPARE(w->txtStatus->text(), corrupt ? QStringLiteral("Load Picture Error - Possible Corrupt File!") : QStringLiteral("Enter URL"));
     QCOMPARE(w->pictMain->pixmap().size(), pictureSize);
+    QCOMPARE(projector()->pictLarge->pixmap().size(), pictureSize);
     if (!pictureSize.isEmpty())
         QCOMPARE(w->pictMain->geometry(), QRect(QPoint(0, 0), pictureSize));
-    QCOMPARE(runState().ProjectorTitle, projectorTitle);
-    if (projectorOpen) {
-        QCOMPARE(projector()->pictLarge->pixmap().size(), pictureSize);
-        if (status != Corrupt)
-            QCOMPARE(projector()->windowTitle(), projectorTitle);
-    }
+    QCOMPARE(runState().ProjectorTitle, corrupt ? titleBefore : QStringLiteral("Tolmara Projector - Now Showing pic007.jpg") + damage);
+    if (!corrupt)
+        QCOMPARE(projector()->windowTitle(), runState().ProjectorTitle);
 }
 
 void DisplayTest::dragFollowsTheMouseOncePerTick_data()
@@ -129,81 +112,174 @@ void DisplayTest::dragFollowsTheMouseOncePerTick()
     QFETCH(bool, inProjector);
     fakes::TestSeams seams;
     viewtest::OpenWindow w(seams);
-    viewtest::showPicture(makeJpeg(QSize(2000, 1500)));
+    viewtest::putPicture(makeJpeg(QSize(2000, 1500)));
     if (inProjector)
-        viewtest::openProjector(*w);
+        viewtest::openProjector(w.w);
     QLabel *picture = inProjector ? projector()->pictLarge : w->pictMain;
     QTimer *okToShift = inProjector ? projector()->timOkToShift : w->timOkToShift;
+    const auto moveTo = [&](QPoint to, QPoint expected) {
+        sendMouse(picture, QEvent::MouseMove, Qt::LeftButton, to);
+        QCOMPARE(picture->pos(), expected);
+    };
     sendMouse(picture, QEvent::MouseButtonPress, Qt::LeftButton, QPoint(100, 100));
-    QVERIFY(okToShift->isActive());
-    // Before the first tick the picture stays put.
-    sendMouse(picture, QEvent::MouseMove, Qt::LeftButton, QPoint(90, 95));
-    QCOMPARE(picture->pos(), QPoint(0, 0));
+    moveTo(QPoint(90, 95), QPoint(0, 0)); // before the first tick the picture stays put
     QTest::qWait(40);
-    sendMouse(picture, QEvent::MouseMove, Qt::LeftButton, QPoint(70, 80));
-    QCOMPARE(picture->pos(), QPoint(-30, -20));
-    // One step a tick: a second move right after waits for the next tick.
-    sendMouse(picture, QEvent::MouseMove, Qt::LeftButton, QPoint(60, 60));
-    QCOMPARE(picture->pos(), QPoint(-30, -20));
+    moveTo(QPoint(70, 80), QPoint(-30, -20));
+    moveTo(QPoint(60, 60), QPoint(-30, -20)); // one step a tick
     QTest::qWait(40);
-    sendMouse(picture, QEvent::MouseMove, Qt::LeftButton, QPoint(110, 90));
-    QCOMPARE(picture->pos(), QPoint(-20, -30));
+    moveTo(QPoint(110, 90), QPoint(-20, -30)); // the mouse is taken within the moved picture
     sendMouse(picture, QEvent::MouseButtonRelease, Qt::LeftButton, QPoint(110, 90));
     QVERIFY(!okToShift->isActive());
     QTest::qWait(40);
-    sendMouse(picture, QEvent::MouseMove, Qt::RightButton, QPoint(10, 10));
-    QCOMPARE(picture->pos(), QPoint(-20, -30));
+    moveTo(QPoint(10, 10), QPoint(-20, -30));
 }
 
-void DisplayTest::mouseButtons_data()
+// Mouse buttons on either window and keys in the projector, with the
+// projector open, Auto checked, the direction "same" ("forward" for "="),
+// offset 10 and step 3.
+void DisplayTest::commands_data()
 {
     QTest::addColumn<QString>("where");
-    QTest::addColumn<Qt::MouseButton>("button");
+    QTest::addColumn<QString>("input"); // a key, or [double] left/right/middle
     QTest::addColumn<bool>("buttonsEnabled");
     QTest::addColumn<bool>("saved");
     QTest::addColumn<bool>("next");
-    QTest::addColumn<bool>("doubleClick");
-    for (const char *where : {"pictBase", "pictMain", "projector pictBase", "projector pictLarge"})
-        QTest::addRow("%s right", where) << QString::fromLatin1(where) << Qt::RightButton << true << true << false << false;
-    QTest::newRow("pictBase middle") << "pictBase" << Qt::MiddleButton << true << false << true << false;
-    QTest::newRow("projector pictLarge middle") << "projector pictLarge" << Qt::MiddleButton << true << false << true << false;
-    QTest::newRow("pictMain right, SAVE off") << "pictMain" << Qt::RightButton << false << false << false << false;
-    QTest::newRow("projector pictBase middle, NEXT off") << "projector pictBase" << Qt::MiddleButton << false << false << false << false;
-    // Only the left button's double-click opens the projector; others are presses.
-    QTest::newRow("double right on pictMain") << "pictMain" << Qt::RightButton << true << true << false << true;
-    QTest::newRow("double right on the projector") << "projector pictLarge" << Qt::RightButton << true << true << false << true;
-    QTest::newRow("double middle on the projector") << "projector pictBase" << Qt::MiddleButton << true << false << true << true;
+    QTest::addColumn<QString>("direction");
+    QTest::addColumn<qint32>("stepOffset");
+    QTest::addColumn<bool>("autoChecked");
+    QTest::addColumn<bool>("open");
+    QTest::newRow("pictBase right") << "pictBase" << "right" << true << true << false << "same" << 10 << true << true;
+    QTest::newRow("projector pictBase right") << "projector pictBase" << "right" << true << true << false << "same" << 10 << true << true;
+    QTest::newRow("projector pictLarge middle") << "projector pictLarge" << "middle" << true << false << true << "same" << 10 << true << true;
+    QTest::newRow("pictMain right, SAVE off") << "pictMain" << "right" << false << false << false << "same" << 10 << true << true;
+    QTest::newRow("pictBase middle, NEXT off") << "pictBase" << "middle" << false << false << false << "same" << 10 << true << true;
+    // Only the left button's double-click opens or closes the projector; others are presses.
+    QTest::newRow("double right on pictMain") << "pictMain" << "double right" << true << true << false << "same" << 10 << true << true;
+    QTest::newRow("double middle on the projector") << "projector pictBase" << "double middle" << true << false << true << "same" << 10 << true << true;
+    QTest::newRow("double left on the projector") << "projector" << "double left" << true << false << false << "same" << 10 << true << false;
+    QTest::newRow("double left on pictLarge") << "projector pictLarge" << "double left" << true << false << false << "same" << 10 << true << false;
+    QTest::newRow("Left") << "projector pictLarge" << "Left" << true << false << false << "back" << 10 << true << true;
+    QTest::newRow("Right") << "projector pictLarge" << "Right" << true << false << false << "forward" << 10 << true << true;
+    QTest::newRow("<") << "projector pictLarge" << "<" << true << false << false << "back" << 10 << true << true;
+    QTest::newRow(">") << "projector pictLarge" << ">" << true << false << false << "forward" << 10 << true << true;
+    QTest::newRow("S") << "projector pictLarge" << "S" << true << true << false << "same" << 10 << true << true;
+    QTest::newRow("S, SAVE off") << "projector pictLarge" << "S" << false << false << false << "same" << 10 << true << true;
+    QTest::newRow("N") << "projector pictLarge" << "N" << true << false << true << "same" << 10 << true << true;
+    QTest::newRow("N, NEXT off") << "projector pictLarge" << "N" << false << false << false << "same" << 10 << true << true;
+    QTest::newRow("F") << "projector pictLarge" << "F" << true << false << false << "same" << 10 << false << true;
+    QTest::newRow("X") << "projector pictLarge" << "X" << true << false << false << "same" << 10 << true << false;
+    QTest::newRow("Esc") << "projector pictLarge" << "Esc" << true << false << false << "same" << 10 << true << false;
+    // "=" steps back once before NEXT steps forward: the same picture again.
+    QTest::newRow("=") << "projector pictLarge" << "=" << true << false << true << "forward" << 7 << true << true;
+    QTest::newRow("=, NEXT off") << "projector pictLarge" << "=" << false << false << false << "forward" << 10 << true << true;
+    QTest::newRow("other key") << "projector pictLarge" << "A" << true << false << false << "same" << 10 << true << true;
 }
 
-void DisplayTest::mouseButtons()
+void DisplayTest::commands()
 {
     QFETCH(QString, where);
-    QFETCH(Qt::MouseButton, button);
+    QFETCH(QString, input);
     QFETCH(bool, buttonsEnabled);
     QFETCH(bool, saved);
     QFETCH(bool, next);
-    QFETCH(bool, doubleClick);
+    QFETCH(QString, direction);
+    QFETCH(bool, open);
     fakes::TestSeams seams;
     viewtest::OpenWindow w(seams);
     settings().SaveFullAuto.boolLet(false);
-    viewtest::showPicture(makeJpeg(QSize(64, 48)));
-    const bool inProjector = where.startsWith(QLatin1String("projector"));
-    if (inProjector)
-        viewtest::openProjector(*w);
-    QWidget *target = where.endsWith(QLatin1String("pictBase")) ? (inProjector ? projector()->pictBase : w->pictBase)
-                                                                 : (inProjector ? projector()->pictLarge : w->pictMain);
+    viewtest::putPicture(makeJpeg(QSize(64, 48)));
+    viewtest::openProjector(w.w);
+    QPointer<frmLarge> p = projector();
+    const QHash<QString, QWidget *> targets = {{QStringLiteral("pictBase"), w->pictBase}, {QStringLiteral("pictMain"), w->pictMain},
+                                               {QStringLiteral("projector"), p}, {QStringLiteral("projector pictBase"), p->pictBase},
+                                               {QStringLiteral("projector pictLarge"), p->pictLarge}};
+    (input == QLatin1String("=") ? w->optFoward : w->optSame)->setChecked(true);
+    RunState &run = runState();
+    run.StepOffset = 10;
+    run.StepIncrement = 3;
+    run.NoRefocus = false;
     w->cmdSave->setEnabled(buttonsEnabled);
     w->cmdNext->setEnabled(buttonsEnabled);
-    runState().NoRefocus = false;
-    sendMouse(target, doubleClick ? QEvent::MouseButtonDblClick : QEvent::MouseButtonPress, button);
-    const RunState &run = runState();
-    QCOMPARE(run.SavePressed, saved);
-    QCOMPARE(run.NextPressed, next);
+
+    const QHash<QString, Qt::MouseButton> buttons = {
+        {QStringLiteral("left"), Qt::LeftButton}, {QStringLiteral("right"), Qt::RightButton}, {QStringLiteral("middle"), Qt::MiddleButton}};
+    const QString button = input.section(u' ', -1);
+    if (buttons.contains(button))
+        sendMouse(targets.value(where), input.startsWith(QLatin1String("double")) ? QEvent::MouseButtonDblClick : QEvent::MouseButtonPress, buttons.value(button));
+    else
+        QTest::keyClick(targets.value(where), Qt::Key(QKeySequence(input)[0].key()), Qt::NoModifier);
+
+    const QHash<QString, QRadioButton *> options = {
+        {QStringLiteral("back"), w->optBack}, {QStringLiteral("forward"), w->optFoward}, {QStringLiteral("same"), w->optSame}};
+    QVERIFY(options.value(direction)->isChecked());
     QCOMPARE(QFile::exists(fixture::saveDir(seams) + QStringLiteral("/pic007.jpg")), saved);
-    QCOMPARE(run.RunActive, saved || next);
+    QCOMPARE(run.NextPressed, next);
     // The focus stays with the picture: the end of the run must not take it.
     QCOMPARE(run.NoRefocus, saved || next);
-    QCOMPARE(projector() != nullptr, inProjector);
+    QTEST(run.StepOffset, "stepOffset");
+    QTEST(w->chkAuto->isChecked(), "autoChecked");
+    QCOMPARE(run.ProjectorShown, open);
+    QTRY_COMPARE(!p.isNull(), open);
+}
+
+void DisplayTest::projectorOpensAndComesBack()
+{
+    fakes::TestSeams seams;
+    viewtest::OpenWindow w(seams);
+    viewtest::putPicture(makeJpeg(QSize(300, 200)));
+    const QSize opened(10000 / 15, 9500 / 15);
+    viewtest::openProjector(w.w);
+    frmLarge *p = projector();
+    QVERIFY(p && p->isVisible() && runState().ProjectorShown && runState().NoRefocus);
+    QCOMPARE(p->frameGeometry().size(), opened); // the frame included
+    QCOMPARE(p->pictLarge->pixmap().size(), QSize(300, 200));
+    // A second double-click brings the same window back to its size.
+    p->resize(500, 700);
+    viewtest::openProjector(w.w);
+    QCOMPARE(projector(), p);
+    QCOMPARE(p->frameGeometry().size(), opened);
+    // A minimized one comes back as it was, and the focus is not held.
+    p->resize(500, 700);
+    p->showMinimized();
+    QTRY_VERIFY(p->isMinimized());
+    runState().NoRefocus = false;
+    viewtest::openProjector(w.w);
+    QVERIFY(projector() == p && !p->isMinimized() && !runState().NoRefocus);
+    QCOMPARE(p->size(), QSize(500, 700));
+    // The focus on the picture keeps the focus there.
+    QFocusEvent focusIn(QEvent::FocusIn);
+    QApplication::sendEvent(p->pictLarge, &focusIn);
+    QVERIFY(runState().NoRefocus);
+    // Closed, it opens again with the main window's picture.
+    p->close();
+    QTRY_VERIFY(!projector());
+    viewtest::putPicture(makeJpeg(QSize(40, 30)));
+    viewtest::openProjector(w.w);
+    QVERIFY(projector() && runState().ProjectorShown);
+    QCOMPARE(projector()->pictLarge->pixmap().size(), QSize(40, 30));
+}
+
+void DisplayTest::projectorResizing_data()
+{
+    QTest::addColumn<QSize>("window");
+    QTest::addColumn<QSize>("pictBase");
+    // The picture area is 375 x 675 twips (25 x 45 pixels) smaller than the window.
+    QTest::newRow("large") << QSize(800, 700) << QSize(775, 655);
+    QTest::newRow("at the bounds") << QSize(25, 45) << QSize(0, 0);
+    QTest::newRow("too narrow") << QSize(24, 300) << QSize(); // kept as opened
+    QTest::newRow("too low") << QSize(300, 44) << QSize();
+}
+
+void DisplayTest::projectorResizing()
+{
+    QFETCH(QSize, window);
+    fakes::TestSeams seams;
+    viewtest::OpenWindow w(seams);
+    QFETCH(QSize, pictBase);
+    viewtest::openProjector(w.w);
+    const QSize opened = projector()->pictBase->size();
+    projector()->resize(window);
+    QCOMPARE(projector()->pictBase->size(), pictBase.isValid() ? pictBase : opened);
 }
 
 TOLMARA_REGISTER_TEST(DisplayTest)

@@ -4,7 +4,6 @@
 #include "fetch/run_state.h"
 #include "platform/Inet1.h"
 #include "support/test_main.h"
-#include "support/window_fixture.h"
 
 #include <QCheckBox>
 #include <QDir>
@@ -72,7 +71,7 @@ void SeriesTest::runs()
     settings().AutoRename.boolLet(timeStamp);
     settings().IncLimit.LongLet(1); // the missing pic004 ends the run
     w->chkAuto->setChecked(presses.isEmpty());
-    viewtest::openProjector(*w);
+    viewtest::openProjector(w.w);
     w->timCallGetNext->setInterval(10);
     w->txtAddress->setText(server.url(QStringLiteral("/s/pic001.jpg")));
     // The mask is there before START, as when the user has looked at it.
@@ -93,10 +92,7 @@ void SeriesTest::runs()
     for (int i = 0; i < files.size(); ++i)
         QCOMPARE(viewtest::contents(QDir(saveDir).filePath(files[i])), served[pictures[i]]);
     QCOMPARE(server.totalRequests(), 4);
-    QCOMPARE(w->txtTotalDown->text(), QStringLiteral("3"));
     QCOMPARE(w->txtTotal->text(), QString::number(presses.isEmpty() ? 3 : 2));
-    QCOMPARE(w->pictMain->pixmap().size(), QSize(96, 72));
-    QCOMPARE(projector()->pictLarge->pixmap().size(), QSize(96, 72));
     QVERIFY(w->framLarge->title().startsWith(QStringLiteral("JPEG - pic003.jpg")));
     if (presses.isEmpty())
         QCOMPARE(projector()->windowTitle(), QStringLiteral("Tolmara Projector - Now Showing pic003.jpg")

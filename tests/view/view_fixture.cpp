@@ -2,7 +2,6 @@
 
 #include "fetch/modfrmMain.h"
 #include "fetch/run_state.h"
-#include "support/window_fixture.h"
 
 #include <QApplication>
 #include <QDir>
@@ -12,22 +11,13 @@
 
 namespace viewtest {
 
-OpenWindow::OpenWindow(fakes::TestSeams &seams) : m_window(fixture::openMainWindow(seams))
-{
-    m_window->timCallGetNext->setInterval(60000); // calls are made by hand in these tests
-}
+OpenWindow::OpenWindow(fakes::TestSeams &seams) : w(fixture::openMainWindow(seams)) { w->timCallGetNext->setInterval(60000); }
 
-OpenWindow::~OpenWindow()
-{
-    delete projector();
-    delete m_window;
-}
-
-void putPicture(const QByteArray &bytes, const QString &fileName, bool show)
+void putPicture(const QByteArray &bytes, bool show)
 {
     RunState &run = runState();
     run.TempFilePath = fixture::tempFile();
-    run.CurrentFileName = fileName;
+    run.CurrentFileName = QStringLiteral("pic007.jpg");
     QFile file(run.TempFilePath);
     if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         file.write(bytes);
@@ -44,7 +34,7 @@ void sendMouse(QWidget *widget, QEvent::Type type, Qt::MouseButton button, QPoin
     QApplication::sendEvent(widget, &event);
 }
 
-void openProjector(frmMain &w) { sendMouse(w.pictMain, QEvent::MouseButtonDblClick, Qt::LeftButton); }
+void openProjector(frmMain *w) { sendMouse(w->pictMain, QEvent::MouseButtonDblClick, Qt::LeftButton); }
 
 QStringList filesIn(const QString &dir) { return QDir(dir).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
 
