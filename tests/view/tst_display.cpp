@@ -38,15 +38,6 @@ private slots:
 
 namespace {
 
-QByteArray pngBytes()
-{
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    QImage(32, 32, QImage::Format_RGB32).save(&buffer, "PNG");
-    return bytes;
-}
-
 // A JPEG whose start-of-frame segment (FF C0: height, then width) claims a size its data lacks.
 QByteArray jpegClaimingSize(int width, int height)
 {
@@ -63,9 +54,12 @@ void DisplayTest::showPic_data()
     QTest::addColumn<bool>("good");
     QTest::addColumn<QSize>("pictureSize"); // empty: not shown
     const QByteArray jpeg = makeJpeg(QSize(800, 600));
+    QByteArray png;
+    QBuffer buffer(&png);
+    QVERIFY(buffer.open(QIODevice::WriteOnly) && QImage(32, 32, QImage::Format_RGB32).save(&buffer, "PNG"));
     QTest::newRow("intact") << jpeg << true << QSize(800, 600);
     QTest::newRow("cut short") << jpeg << false << QSize(0, 0);
-    QTest::newRow("PNG, not a JPEG") << pngBytes() << true << QSize(0, 0);
+    QTest::newRow("PNG, not a JPEG") << png << true << QSize(0, 0);
     QTest::newRow("12000 x 12000") << jpegClaimingSize(12000, 12000) << true << QSize(0, 0);
 }
 
@@ -149,7 +143,6 @@ void DisplayTest::commands_data()
     QTest::addColumn<bool>("autoChecked");
     QTest::addColumn<bool>("open");
     QTest::newRow("pictBase right") << "pictBase" << "right" << true << true << false << "same" << 10 << true << true;
-    QTest::newRow("projector pictBase right") << "projector pictBase" << "right" << true << true << false << "same" << 10 << true << true;
     QTest::newRow("projector pictLarge middle") << "projector pictLarge" << "middle" << true << false << true << "same" << 10 << true << true;
     QTest::newRow("pictMain right, SAVE off") << "pictMain" << "right" << false << false << false << "same" << 10 << true << true;
     QTest::newRow("pictBase middle, NEXT off") << "pictBase" << "middle" << false << false << false << "same" << 10 << true << true;
@@ -157,7 +150,6 @@ void DisplayTest::commands_data()
     QTest::newRow("double right on pictMain") << "pictMain" << "double right" << true << true << false << "same" << 10 << true << true;
     QTest::newRow("double middle on the projector") << "projector pictBase" << "double middle" << true << false << true << "same" << 10 << true << true;
     QTest::newRow("double left on the projector") << "projector" << "double left" << true << false << false << "same" << 10 << true << false;
-    QTest::newRow("double left on pictLarge") << "projector pictLarge" << "double left" << true << false << false << "same" << 10 << true << false;
     QTest::newRow("Left") << "projector pictLarge" << "Left" << true << false << false << "back" << 10 << true << true;
     QTest::newRow("Right") << "projector pictLarge" << "Right" << true << false << false << "forward" << 10 << true << true;
     QTest::newRow("<") << "projector pictLarge" << "<" << true << false << false << "back" << 10 << true << true;
@@ -172,7 +164,6 @@ void DisplayTest::commands_data()
     // "=" steps back once before NEXT steps forward: the same picture again.
     QTest::newRow("=") << "projector pictLarge" << "=" << true << false << true << "forward" << 7 << true << true;
     QTest::newRow("=, NEXT off") << "projector pictLarge" << "=" << false << false << false << "forward" << 10 << true << true;
-    QTest::newRow("other key") << "projector pictLarge" << "A" << true << false << false << "same" << 10 << true << true;
 }
 
 void DisplayTest::commands()
