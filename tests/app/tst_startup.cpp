@@ -38,8 +38,6 @@ void StartupTest::screens_data()
     QTest::addColumn<QString>("name"); // empty: refused
     QTest::addColumn<float>("scale");
     QTest::newRow("1280") << QSize(1280, 1024) << "1280X1024" << 1.25f;
-    QTest::newRow("1152") << QSize(1152, 864) << "1152X864" << 1.125f;
-    QTest::newRow("1024") << QSize(1024, 768) << "1024X768" << 1.0f;
     QTest::newRow("800") << QSize(800, 600) << "800X600" << 0.78f;
     QTest::newRow("1600x1200") << QSize(1600, 1200) << "" << 0.0f;
     QTest::newRow("1280x960") << QSize(1280, 960) << "" << 0.0f;
@@ -96,7 +94,6 @@ void StartupTest::defaultDirs_data()
     QTest::addColumn<QStringList>("before");
     QTest::newRow("both missing") << "portable" << QStringList();
     QTest::newRow("only OemSave") << "portable" << QStringList{QStringLiteral("OemSave")};
-    QTest::newRow("only OemTemp") << "portable" << QStringList{QStringLiteral("OemTemp")};
     QTest::newRow("installed, both missing") << "installed" << QStringList();
     QTest::newRow("installed, only OemTemp") << "installed" << QStringList{QStringLiteral("OemTemp")};
     QTest::newRow("cannot create") << "blocked" << QStringList();
