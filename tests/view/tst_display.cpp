@@ -142,28 +142,28 @@ void DisplayTest::commands_data()
     QTest::addColumn<qint32>("stepOffset");
     QTest::addColumn<bool>("autoChecked");
     QTest::addColumn<bool>("open");
-    QTest::newRow("pictBase right") << "pictBase" << "right" << true << true << false << "same" << 10 << true << true;
-    QTest::newRow("projector pictLarge middle") << "projector pictLarge" << "middle" << true << false << true << "same" << 10 << true << true;
-    QTest::newRow("pictMain right, SAVE off") << "pictMain" << "right" << false << false << false << "same" << 10 << true << true;
-    QTest::newRow("pictBase middle, NEXT off") << "pictBase" << "middle" << false << false << false << "same" << 10 << true << true;
+    QTest::newRow("pictBase right") << "pictBase" << "right" << true << true << false << "optSame" << 10 << true << true;
+    QTest::newRow("projector pictLarge middle") << "projector pictLarge" << "middle" << true << false << true << "optSame" << 10 << true << true;
+    QTest::newRow("pictMain right, SAVE off") << "pictMain" << "right" << false << false << false << "optSame" << 10 << true << true;
+    QTest::newRow("pictBase middle, NEXT off") << "pictBase" << "middle" << false << false << false << "optSame" << 10 << true << true;
     // Only the left button's double-click opens or closes the projector; others are presses.
-    QTest::newRow("double right on pictMain") << "pictMain" << "double right" << true << true << false << "same" << 10 << true << true;
-    QTest::newRow("double middle on the projector") << "projector pictBase" << "double middle" << true << false << true << "same" << 10 << true << true;
-    QTest::newRow("double left on the projector") << "projector" << "double left" << true << false << false << "same" << 10 << true << false;
-    QTest::newRow("Left") << "projector pictLarge" << "Left" << true << false << false << "back" << 10 << true << true;
-    QTest::newRow("Right") << "projector pictLarge" << "Right" << true << false << false << "forward" << 10 << true << true;
-    QTest::newRow("<") << "projector pictLarge" << "<" << true << false << false << "back" << 10 << true << true;
-    QTest::newRow(">") << "projector pictLarge" << ">" << true << false << false << "forward" << 10 << true << true;
-    QTest::newRow("S") << "projector pictLarge" << "S" << true << true << false << "same" << 10 << true << true;
-    QTest::newRow("S, SAVE off") << "projector pictLarge" << "S" << false << false << false << "same" << 10 << true << true;
-    QTest::newRow("N") << "projector pictLarge" << "N" << true << false << true << "same" << 10 << true << true;
-    QTest::newRow("N, NEXT off") << "projector pictLarge" << "N" << false << false << false << "same" << 10 << true << true;
-    QTest::newRow("F") << "projector pictLarge" << "F" << true << false << false << "same" << 10 << false << true;
-    QTest::newRow("X") << "projector pictLarge" << "X" << true << false << false << "same" << 10 << true << false;
-    QTest::newRow("Esc") << "projector pictLarge" << "Esc" << true << false << false << "same" << 10 << true << false;
+    QTest::newRow("double right on pictMain") << "pictMain" << "double right" << true << true << false << "optSame" << 10 << true << true;
+    QTest::newRow("double middle on the projector") << "projector pictBase" << "double middle" << true << false << true << "optSame" << 10 << true << true;
+    QTest::newRow("double left on the projector") << "projector" << "double left" << true << false << false << "optSame" << 10 << true << false;
+    QTest::newRow("Left") << "projector pictLarge" << "Left" << true << false << false << "optBack" << 10 << true << true;
+    QTest::newRow("Right") << "projector pictLarge" << "Right" << true << false << false << "optFoward" << 10 << true << true;
+    QTest::newRow("<") << "projector pictLarge" << "<" << true << false << false << "optBack" << 10 << true << true;
+    QTest::newRow(">") << "projector pictLarge" << ">" << true << false << false << "optFoward" << 10 << true << true;
+    QTest::newRow("S") << "projector pictLarge" << "S" << true << true << false << "optSame" << 10 << true << true;
+    QTest::newRow("S, SAVE off") << "projector pictLarge" << "S" << false << false << false << "optSame" << 10 << true << true;
+    QTest::newRow("N") << "projector pictLarge" << "N" << true << false << true << "optSame" << 10 << true << true;
+    QTest::newRow("N, NEXT off") << "projector pictLarge" << "N" << false << false << false << "optSame" << 10 << true << true;
+    QTest::newRow("F") << "projector pictLarge" << "F" << true << false << false << "optSame" << 10 << false << true;
+    QTest::newRow("X") << "projector pictLarge" << "X" << true << false << false << "optSame" << 10 << true << false;
+    QTest::newRow("Esc") << "projector pictLarge" << "Esc" << true << false << false << "optSame" << 10 << true << false;
     // "=" steps back once before NEXT steps forward: the same picture again.
-    QTest::newRow("=") << "projector pictLarge" << "=" << true << false << true << "forward" << 7 << true << true;
-    QTest::newRow("=, NEXT off") << "projector pictLarge" << "=" << false << false << false << "forward" << 10 << true << true;
+    QTest::newRow("=") << "projector pictLarge" << "=" << true << false << true << "optFoward" << 7 << true << true;
+    QTest::newRow("=, NEXT off") << "projector pictLarge" << "=" << false << false << false << "optFoward" << 10 << true << true;
 }
 
 void DisplayTest::commands()
@@ -181,9 +181,9 @@ void DisplayTest::commands()
     viewtest::putPicture(makeJpeg(QSize(64, 48)));
     viewtest::openProjector(w.w);
     QPointer<frmLarge> p = projector();
-    const QHash<QString, QWidget *> targets = {{QStringLiteral("pictBase"), w->pictBase}, {QStringLiteral("pictMain"), w->pictMain},
-                                               {QStringLiteral("projector"), p}, {QStringLiteral("projector pictBase"), p->pictBase},
-                                               {QStringLiteral("projector pictLarge"), p->pictLarge}};
+    QWidget *target = where.startsWith(QLatin1String("projector")) ? static_cast<QWidget *>(p) : w.w;
+    if (where != QLatin1String("projector"))
+        target = target->findChild<QWidget *>(where.section(u' ', -1));
     (input == QLatin1String("=") ? w->optFoward : w->optSame)->setChecked(true);
     RunState &run = runState();
     run.StepOffset = 10;
@@ -196,13 +196,11 @@ void DisplayTest::commands()
         {QStringLiteral("left"), Qt::LeftButton}, {QStringLiteral("right"), Qt::RightButton}, {QStringLiteral("middle"), Qt::MiddleButton}};
     const QString button = input.section(u' ', -1);
     if (buttons.contains(button))
-        sendMouse(targets.value(where), input.startsWith(QLatin1String("double")) ? QEvent::MouseButtonDblClick : QEvent::MouseButtonPress, buttons.value(button));
+        sendMouse(target, input.startsWith(QLatin1String("double")) ? QEvent::MouseButtonDblClick : QEvent::MouseButtonPress, buttons.value(button));
     else
-        QTest::keyClick(targets.value(where), Qt::Key(QKeySequence(input)[0].key()), Qt::NoModifier);
+        QTest::keyClick(target, Qt::Key(QKeySequence(input)[0].key()), Qt::NoModifier);
 
-    const QHash<QString, QRadioButton *> options = {
-        {QStringLiteral("back"), w->optBack}, {QStringLiteral("forward"), w->optFoward}, {QStringLiteral("same"), w->optSame}};
-    QVERIFY(options.value(direction)->isChecked());
+    QVERIFY(w->findChild<QRadioButton *>(direction)->isChecked());
     QCOMPARE(QFile::exists(fixture::saveDir(seams) + QStringLiteral("/pic007.jpg")), saved);
     QCOMPARE(run.NextPressed, next);
     // The focus stays with the picture: the end of the run must not take it.
