@@ -136,34 +136,29 @@ void DisplayTest::commands_data()
     QTest::addColumn<QString>("where");
     QTest::addColumn<QString>("input"); // a key, or [double] left/right/middle
     QTest::addColumn<bool>("buttonsEnabled");
-    QTest::addColumn<bool>("saved");
-    QTest::addColumn<bool>("next");
-    QTest::addColumn<QString>("direction");
-    QTest::addColumn<qint32>("stepOffset");
-    QTest::addColumn<bool>("autoChecked");
-    QTest::addColumn<bool>("open");
-    QTest::newRow("pictBase right") << "pictBase" << "right" << true << true << false << "optSame" << 10 << true << true;
-    QTest::newRow("projector pictLarge middle") << "projector pictLarge" << "middle" << true << false << true << "optSame" << 10 << true << true;
-    QTest::newRow("pictMain right, SAVE off") << "pictMain" << "right" << false << false << false << "optSame" << 10 << true << true;
-    QTest::newRow("pictBase middle, NEXT off") << "pictBase" << "middle" << false << false << false << "optSame" << 10 << true << true;
+    QTest::addColumn<QString>("effect"); // saved, next, closed, the direction chosen, ...
+    QTest::newRow("pictBase right") << "pictBase" << "right" << true << "saved";
+    QTest::newRow("projector pictLarge middle") << "projector pictLarge" << "middle" << true << "next";
+    QTest::newRow("pictMain right, SAVE off") << "pictMain" << "right" << false << "";
+    QTest::newRow("pictBase middle, NEXT off") << "pictBase" << "middle" << false << "";
     // Only the left button's double-click opens or closes the projector; others are presses.
-    QTest::newRow("double right on pictMain") << "pictMain" << "double right" << true << true << false << "optSame" << 10 << true << true;
-    QTest::newRow("double middle on the projector") << "projector pictBase" << "double middle" << true << false << true << "optSame" << 10 << true << true;
-    QTest::newRow("double left on the projector") << "projector" << "double left" << true << false << false << "optSame" << 10 << true << false;
-    QTest::newRow("Left") << "projector pictLarge" << "Left" << true << false << false << "optBack" << 10 << true << true;
-    QTest::newRow("Right") << "projector pictLarge" << "Right" << true << false << false << "optFoward" << 10 << true << true;
-    QTest::newRow("<") << "projector pictLarge" << "<" << true << false << false << "optBack" << 10 << true << true;
-    QTest::newRow(">") << "projector pictLarge" << ">" << true << false << false << "optFoward" << 10 << true << true;
-    QTest::newRow("S") << "projector pictLarge" << "S" << true << true << false << "optSame" << 10 << true << true;
-    QTest::newRow("S, SAVE off") << "projector pictLarge" << "S" << false << false << false << "optSame" << 10 << true << true;
-    QTest::newRow("N") << "projector pictLarge" << "N" << true << false << true << "optSame" << 10 << true << true;
-    QTest::newRow("N, NEXT off") << "projector pictLarge" << "N" << false << false << false << "optSame" << 10 << true << true;
-    QTest::newRow("F") << "projector pictLarge" << "F" << true << false << false << "optSame" << 10 << false << true;
-    QTest::newRow("X") << "projector pictLarge" << "X" << true << false << false << "optSame" << 10 << true << false;
-    QTest::newRow("Esc") << "projector pictLarge" << "Esc" << true << false << false << "optSame" << 10 << true << false;
+    QTest::newRow("double right on pictMain") << "pictMain" << "double right" << true << "saved";
+    QTest::newRow("double middle on the projector") << "projector pictBase" << "double middle" << true << "next";
+    QTest::newRow("double left on the projector") << "projector" << "double left" << true << "closed";
+    QTest::newRow("Left") << "projector pictLarge" << "Left" << true << "optBack";
+    QTest::newRow("Right") << "projector pictLarge" << "Right" << true << "optFoward";
+    QTest::newRow("<") << "projector pictLarge" << "<" << true << "optBack";
+    QTest::newRow(">") << "projector pictLarge" << ">" << true << "optFoward";
+    QTest::newRow("S") << "projector pictLarge" << "S" << true << "saved";
+    QTest::newRow("S, SAVE off") << "projector pictLarge" << "S" << false << "";
+    QTest::newRow("N") << "projector pictLarge" << "N" << true << "next";
+    QTest::newRow("N, NEXT off") << "projector pictLarge" << "N" << false << "";
+    QTest::newRow("F") << "projector pictLarge" << "F" << true << "Auto off";
+    QTest::newRow("X") << "projector pictLarge" << "X" << true << "closed";
+    QTest::newRow("Esc") << "projector pictLarge" << "Esc" << true << "closed";
     // "=" steps back once before NEXT steps forward: the same picture again.
-    QTest::newRow("=") << "projector pictLarge" << "=" << true << false << true << "optFoward" << 7 << true << true;
-    QTest::newRow("=, NEXT off") << "projector pictLarge" << "=" << false << false << false << "optFoward" << 10 << true << true;
+    QTest::newRow("=") << "projector pictLarge" << "=" << true << "next, offset 7";
+    QTest::newRow("=, NEXT off") << "projector pictLarge" << "=" << false << "";
 }
 
 void DisplayTest::commands()
@@ -171,10 +166,7 @@ void DisplayTest::commands()
     QFETCH(QString, where);
     QFETCH(QString, input);
     QFETCH(bool, buttonsEnabled);
-    QFETCH(bool, saved);
-    QFETCH(bool, next);
-    QFETCH(QString, direction);
-    QFETCH(bool, open);
+    QFETCH(QString, effect);
     fakes::TestSeams seams;
     viewtest::OpenWindow w(seams);
     settings().SaveFullAuto.boolLet(false);
@@ -200,15 +192,16 @@ void DisplayTest::commands()
     else
         QTest::keyClick(target, Qt::Key(QKeySequence(input)[0].key()), Qt::NoModifier);
 
-    QVERIFY(w->findChild<QRadioButton *>(direction)->isChecked());
-    QCOMPARE(QFile::exists(fixture::saveDir(seams) + QStringLiteral("/pic007.jpg")), saved);
-    QCOMPARE(run.NextPressed, next);
+    const QString chosen = effect.startsWith(QLatin1String("opt")) ? effect : input == QLatin1String("=") ? QStringLiteral("optFoward") : QStringLiteral("optSame");
+    QVERIFY(w->findChild<QRadioButton *>(chosen)->isChecked());
+    QCOMPARE(QFile::exists(fixture::saveDir(seams) + QStringLiteral("/pic007.jpg")), effect == QLatin1String("saved"));
+    QCOMPARE(run.NextPressed, effect.startsWith(QLatin1String("next")));
     // The focus stays with the picture: the end of the run must not take it.
-    QCOMPARE(run.NoRefocus, saved || next);
-    QTEST(run.StepOffset, "stepOffset");
-    QTEST(w->chkAuto->isChecked(), "autoChecked");
-    QCOMPARE(run.ProjectorShown, open);
-    QTRY_COMPARE(!p.isNull(), open);
+    QCOMPARE(run.NoRefocus, effect == QLatin1String("saved") || run.NextPressed);
+    QCOMPARE(run.StepOffset, effect == QLatin1String("next, offset 7") ? 7 : 10);
+    QCOMPARE(w->chkAuto->isChecked(), effect != QLatin1String("Auto off"));
+    QCOMPARE(run.ProjectorShown, effect != QLatin1String("closed"));
+    QTRY_COMPARE(p.isNull(), effect == QLatin1String("closed"));
 }
 
 void DisplayTest::projectorOpensAndComesBack()
