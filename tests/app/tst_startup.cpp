@@ -227,11 +227,6 @@ void StartupTest::scaling()
     screenProfile().ScaleFactor = 0.78f;
     ScaleControl(button, 1500, 300, 450, 1500); // twips
     QCOMPARE(button->geometry(), QRect(16, 78, 78, 23));
-    button->setToolTip(QStringLiteral("tip"));
-    ClearToolTips(&form);
-    QVERIFY(button->toolTip().isEmpty());
-    SetFormFontSize(&form, 14);
-    QCOMPARE(button->font().pointSize(), 14);
 }
 
 TOLMARA_REGISTER_TEST(StartupTest)
