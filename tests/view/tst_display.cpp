@@ -1,22 +1,11 @@
 #include "view_fixture.h"
 
-#include "app/settings.h"
-#include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
-#include "support/test_main.h"
 
 #include <QBuffer>
-#include <QCheckBox>
 #include <QFile>
-#include <QGroupBox>
 #include <QImage>
 #include <QKeySequence>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QRadioButton>
-#include <QTest>
-#include <QTimer>
 
 using viewtest::sendMouse;
 

@@ -1,21 +1,10 @@
 #include "view_fixture.h"
 
-#include "app/settings.h"
-#include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
 #include "platform/Inet1.h"
-#include "support/test_main.h"
 #include "view/saving.h"
 
-#include <QCheckBox>
 #include <QDir>
-#include <QGroupBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QRandomGenerator>
-#include <QTest>
-#include <QTimer>
 
 #include <csignal>
 #include <sys/mman.h>
@@ -48,14 +37,13 @@ void SavingTest::names_data()
     QTest::addColumn<bool>("series");
     QTest::addColumn<bool>("timeStamp"); // a series name wins over a time stamp
     QTest::addColumn<qint32>("numberBefore");
-    QTest::addColumn<bool>("projectorOpen");
     QTest::addColumn<QString>("file");
     // The clock stands at 7 March 2026, 09:05:04; the series is number 12.
-    QTest::newRow("own name, projector") << false << false << 0 << true << "pic007.jpg";
-    QTest::newRow("time stamp") << false << true << 0 << false << "7Mar-9_5$4.jpg";
-    QTest::newRow("series, ninth, projector") << true << false << 8 << true << "$eries12_09.jpg";
-    QTest::newRow("series, tenth") << true << false << 9 << false << "$eries12_10.jpg";
-    QTest::newRow("series, 100th") << true << true << 99 << false << "$eries12_100.jpg";
+    QTest::newRow("own name") << false << false << 0 << "pic007.jpg";
+    QTest::newRow("time stamp") << false << true << 0 << "7Mar-9_5$4.jpg";
+    QTest::newRow("series, ninth") << true << false << 8 << "$eries12_09.jpg";
+    QTest::newRow("series, tenth") << true << false << 9 << "$eries12_10.jpg";
+    QTest::newRow("series, 100th") << true << true << 99 << "$eries12_100.jpg";
 }
 
 void SavingTest::names()
@@ -63,7 +51,6 @@ void SavingTest::names()
     QFETCH(bool, series);
     QFETCH(bool, timeStamp);
     QFETCH(qint32, numberBefore);
-    QFETCH(bool, projectorOpen);
     QFETCH(QString, file);
     fakes::TestSeams seams;
     viewtest::OpenWindow w(seams);
@@ -74,8 +61,7 @@ void SavingTest::names()
     run.SeriesNumber = numberBefore;
     run.SavedCount = 41;
     const QByteArray picture = makeJpeg(QSize(120, 90));
-    if (projectorOpen)
-        viewtest::openProjector(w.w);
+    viewtest::openProjector(w.w);
     viewtest::putPicture(picture);
     const QString titleBefore = run.ProjectorTitle;
 
@@ -87,7 +73,7 @@ void SavingTest::names()
     QCOMPARE(viewtest::contents(QDir(saveDir).filePath(file)), picture);
     QCOMPARE(w->txtTotal->text(), QStringLiteral("42"));
     QCOMPARE(w->framLarge->title(), QStringLiteral("JPEG - pic007.jpg") + suffix);
-    QCOMPARE(run.ProjectorTitle, projectorOpen ? titleBefore + suffix : titleBefore);
+    QCOMPARE(run.ProjectorTitle, titleBefore + suffix);
     QCOMPARE(run.SeriesNumber, series ? numberBefore + 1 : numberBefore);
     QCOMPARE(savePath(QStringLiteral("/pics/"), file), savePath(QStringLiteral("/pics"), file));
 }

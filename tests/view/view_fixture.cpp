@@ -1,13 +1,8 @@
 #include "view_fixture.h"
 
-#include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
-
 #include <QApplication>
 #include <QDir>
-#include <QLabel>
 #include <QMouseEvent>
-#include <QTimer>
 
 namespace viewtest {
 

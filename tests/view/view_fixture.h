@@ -2,14 +2,25 @@
 // The main window opened as start-up opens it, with a picture in the
 // temporary file as a good reply leaves it, for the display and saving tests.
 
+#include "app/settings.h"
 #include "fetch/frmMain.h"
+#include "fetch/modfrmMain.h"
+#include "fetch/run_state.h"
 #include "support/fakes.h"
 #include "support/http_server.h"
+#include "support/test_main.h"
 #include "support/window_fixture.h"
 #include "view/frmLarge.h"
 
+#include <QCheckBox>
 #include <QEvent>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
 #include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
 
 namespace viewtest {
 
