@@ -1,6 +1,5 @@
 #include "view_fixture.h"
 
-
 #include <QBuffer>
 #include <QFile>
 #include <QImage>
@@ -25,18 +24,6 @@ private slots:
     void projectorResizing();
 };
 
-namespace {
-
-// A JPEG whose start-of-frame segment (FF C0: height, then width) claims a size its data lacks.
-QByteArray jpegClaimingSize(int width, int height)
-{
-    QByteArray jpeg = makeJpeg(QSize(16, 16));
-    const char size[] = {char(height >> 8), char(height & 0xff), char(width >> 8), char(width & 0xff)};
-    return jpeg.replace(jpeg.indexOf(QByteArray("\xff\xc0", 2)) + 5, 4, QByteArray(size, 4));
-}
-
-} // namespace
-
 void DisplayTest::showPic_data()
 {
     QTest::addColumn<QByteArray>("bytes");
@@ -49,7 +36,6 @@ void DisplayTest::showPic_data()
     QTest::newRow("intact") << jpeg << true << QSize(800, 600);
     QTest::newRow("cut short") << jpeg << false << QSize(0, 0);
     QTest::newRow("PNG, not a JPEG") << png << true << QSize(0, 0);
-    QTest::newRow("12000 x 12000") << jpegClaimingSize(12000, 12000) << true << QSize(0, 0);
 }
 
 void DisplayTest::showPic()
@@ -99,7 +85,6 @@ void DisplayTest::dragFollowsTheMouseOncePerTick()
     if (inProjector)
         viewtest::openProjector(w.w);
     QLabel *picture = inProjector ? projector()->pictLarge : w->pictMain;
-    QTimer *okToShift = inProjector ? projector()->timOkToShift : w->timOkToShift;
     const auto moveTo = [&](QPoint to, QPoint expected) {
         sendMouse(picture, QEvent::MouseMove, Qt::LeftButton, to);
         QCOMPARE(picture->pos(), expected);
@@ -112,7 +97,6 @@ void DisplayTest::dragFollowsTheMouseOncePerTick()
     QTest::qWait(40);
     moveTo(QPoint(110, 90), QPoint(-20, -30)); // the mouse is taken within the moved picture
     sendMouse(picture, QEvent::MouseButtonRelease, Qt::LeftButton, QPoint(110, 90));
-    QVERIFY(!okToShift->isActive());
     QTest::qWait(40);
     moveTo(QPoint(10, 10), QPoint(-20, -30));
 }
