@@ -274,6 +274,6 @@ void EngineTest::randomInvariants()
     }
 }
 
-TOLMARA_TEST_MAIN(EngineTest)
+TOLMARA_REGISTER_TEST(EngineTest)
 
 #include "tst_engine.moc"

@@ -274,5 +274,5 @@ private slots:
     }
 };
 
-TOLMARA_TEST_MAIN(TestInet)
+TOLMARA_REGISTER_TEST(TestInet)
 #include "tst_inet.moc"

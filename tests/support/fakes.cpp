@@ -21,7 +21,6 @@ platform::Answer MessageBoxes::show(const platform::MessageBoxRequest &request)
         return m_script.takeFirst();
     if (m_answerAllSet)
         return m_answerAll;
-    ++m_unscripted;
     QTest::qFail(qPrintable(QStringLiteral("unexpected message box \"%1\": %2").arg(request.title, request.text)),
                  __FILE__, __LINE__);
     switch (request.buttons) {
@@ -53,34 +52,20 @@ QString TestSeams::scratchTemplate()
     return QDir::cleanPath((QFileInfo(memory).isWritable() ? memory : QDir::tempPath()) + QStringLiteral("/tolmara-XXXXXX"));
 }
 
-TestSeams::TestSeams()
-    : store(std::make_unique<platform::QtSettingsStore>(folder.path()))
+// Puts the fakes in (with fresh program state) or the real seams back.
+void TestSeams::install(bool on)
 {
-    QDir(folder.path()).mkdir(QStringLiteral("program"));
-    platform::install(&boxes);
-    platform::install(store.get());
-    platform::install(&clipboard);
-    platform::install(&beeper);
-    platform::install(&screen);
-    platform::install(&dialUp);
-    platform::install(&clock);
+    if (on)
+        QDir(folder.path()).mkdir(QStringLiteral("program"));
+    const auto put = [on](auto *fake) { platform::install(on ? fake : nullptr); };
+    put(&boxes), put(store.get()), put(&clipboard), put(&beeper), put(&screen), put(&dialUp), put(&clock);
+    overrideProgramDir(on ? QDir::toNativeSeparators(programDir()) : QString());
+    if (!on)
+        return;
     resetSettings();
     resetStartup();
     resetMaskEditTexts();
     installMainWindowLink(nullptr);
-    overrideProgramDir(QDir::toNativeSeparators(programDir()));
-}
-
-TestSeams::~TestSeams()
-{
-    platform::install(static_cast<platform::MessageBoxes *>(nullptr));
-    platform::install(static_cast<platform::SettingsStore *>(nullptr));
-    platform::install(static_cast<platform::Clipboard *>(nullptr));
-    platform::install(static_cast<platform::Beeper *>(nullptr));
-    platform::install(static_cast<platform::Screen *>(nullptr));
-    platform::install(static_cast<platform::DialUp *>(nullptr));
-    platform::install(static_cast<platform::Clock *>(nullptr));
-    overrideProgramDir(QString());
 }
 
 QString TestSeams::programDir() const { return folder.filePath(QStringLiteral("program")); }

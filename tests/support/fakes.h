@@ -30,14 +30,12 @@ public:
     const QList<platform::MessageBoxRequest> &shown() const { return m_shown; }
     QStringList texts() const;
     void clear() { m_shown.clear(); }
-    int unscripted() const { return m_unscripted; }
 
 private:
     QList<platform::MessageBoxRequest> m_shown;
     QList<platform::Answer> m_script;
     platform::Answer m_answerAll = platform::Answer::Ok;
     bool m_answerAllSet = false;
-    int m_unscripted = 0;
     std::function<void(const platform::MessageBoxRequest &)> m_hook;
 };
 
@@ -93,10 +91,8 @@ public:
 // state, and a program directory in a temporary folder.
 class TestSeams {
 public:
-    // In memory where the system offers it: the settings store syncs every write to disk.
-    static QString scratchTemplate();
-    TestSeams();
-    ~TestSeams();
+    TestSeams() { install(true); }
+    ~TestSeams() { install(false); }
     TestSeams(const TestSeams &) = delete;
     TestSeams &operator=(const TestSeams &) = delete;
 
@@ -107,12 +103,16 @@ public:
     DialUp dialUp;
     Clock clock;
     QTemporaryDir folder{scratchTemplate()}; // settings file and program directory live here
-    std::unique_ptr<platform::QtSettingsStore> store;
+    std::unique_ptr<platform::QtSettingsStore> store = std::make_unique<platform::QtSettingsStore>(folder.path());
 
     QString programDir() const;      // an existing folder inside `folder`
     QString settingsFile() const;    // the INI file the store writes
     // Reads a key of the program's section straight from the store.
     QString stored(const QString &key) const;
+
+private:
+    static QString scratchTemplate(); // in memory where the system offers it: the store syncs every write
+    void install(bool on);
 };
 
 } // namespace fakes
