@@ -30,11 +30,7 @@ struct HttpScript {
 
     static HttpScript reply(const QByteArray &type, const QByteArray &body, int status = 200)
     {
-        HttpScript script;
-        script.status = status;
-        script.contentType = type;
-        script.body = body;
-        return script;
+        HttpScript s; s.status = status; s.contentType = type; s.body = body; return s;
     }
     // Read the request, then close, reset (TCP RST) or keep the connection open, silent.
     static HttpScript closeWithoutReply() { return HttpScript().endingWith(Ending::CloseWithoutReply); }
@@ -45,31 +41,10 @@ struct HttpScript {
         return reply("text/html", "moved", status).withHeader("Location", location.toLatin1());
     }
 
-    HttpScript withHeader(const QByteArray &name, const QByteArray &value) const
-    {
-        HttpScript script = *this;
-        script.headers.append({name, value});
-        return script;
-    }
-    HttpScript withDrip(int bytes, int everyMs) const
-    {
-        HttpScript script = *this;
-        script.dripBytes = bytes;
-        script.dripIntervalMs = everyMs;
-        return script;
-    }
-    HttpScript endingWith(Ending how) const
-    {
-        HttpScript script = *this;
-        script.ending = how;
-        return script;
-    }
-    HttpScript cutShortAt(qint64 bytes) const
-    {
-        HttpScript script = *this;
-        script.cutAt = bytes;
-        return script;
-    }
+    HttpScript withHeader(const QByteArray &name, const QByteArray &value) const { HttpScript s = *this; s.headers.append({name, value}); return s; }
+    HttpScript withDrip(int bytes, int everyMs) const { HttpScript s = *this; s.dripBytes = bytes; s.dripIntervalMs = everyMs; return s; }
+    HttpScript endingWith(Ending how) const { HttpScript s = *this; s.ending = how; return s; }
+    HttpScript cutShortAt(qint64 bytes) const { HttpScript s = *this; s.cutAt = bytes; return s; }
 };
 
 class ScriptedHttpServer : public QTcpServer {
