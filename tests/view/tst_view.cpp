@@ -57,11 +57,10 @@ void putPicture(const QByteArray &bytes, bool show = true)
         ShowPic(true);
 }
 
-// Sends a mouse event straight to a widget, at pos in its own coordinates.
+// Sends a press or double-click straight to a widget, at pos in its own coordinates.
 void sendMouse(QWidget *widget, QEvent::Type type, Qt::MouseButton button, QPoint pos = QPoint(5, 5))
 {
-    const Qt::MouseButtons held = type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::MouseButtons(button);
-    QMouseEvent event(type, QPointF(pos), QPointF(widget->mapToGlobal(pos)), button, held, Qt::NoModifier);
+    QMouseEvent event(type, QPointF(pos), QPointF(widget->mapToGlobal(pos)), button, button, Qt::NoModifier);
     QApplication::sendEvent(widget, &event);
 }
 
