@@ -267,7 +267,6 @@ void UiTest::maskEditor()
     seams.boxes.answerAll(platform::Answer::Ok);
     maskEditTexts() = {name, directions, groups, true};
     auto opener = std::make_unique<QWidget>();
-    opener->show();
     bool handedBack = false;
     QPointer<frmMaskEdit> e = frmMaskEdit::open(opener.get(), [&handedBack] { handedBack = true; });
     QVERIFY(e && e->isVisible() && !opener->isEnabled());
@@ -299,7 +298,8 @@ void UiTest::maskEditor()
         QCOMPARE(e->rtbMask->toPlainText() + e->rtbGroup->toPlainText(), directions + groups);
     QCOMPARE(handedBack, finish == u"SET" && !refused);
     QCOMPARE(!opener || opener->isEnabled(), !e);
-    QCOMPARE(maskEditTexts().sMaskDirections + maskEditTexts().sMaskGroups, handedBack ? mask + expectedGroups : directions + groups);
+    QCOMPARE(maskEditTexts().sMaskDirections + maskEditTexts().sMaskGroups,
+             handedBack ? mask + expectedGroups : directions + groups);
 }
 
 // From the main window: a click on "Mask" derives the mask and opens the
