@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
 #include <QTest>
 
 namespace fakes {
@@ -19,16 +20,15 @@ platform::Answer MessageBoxes::show(const platform::MessageBoxRequest &request)
         m_hook(request);
     if (!m_script.isEmpty())
         return m_script.takeFirst();
-    if (m_answerAllSet)
-        return m_answerAll;
-    QTest::qFail(qPrintable(QStringLiteral("unexpected message box \"%1\": %2").arg(request.title, request.text)),
-                 __FILE__, __LINE__);
-    switch (request.buttons) {
-    case platform::Buttons::Ok: return platform::Answer::Ok;
-    case platform::Buttons::YesNo: return platform::Answer::No;
-    case platform::Buttons::AbortRetryIgnore: return platform::Answer::Abort;
-    default: return platform::Answer::Cancel;
-    }
+    if (m_answerAll)
+        return *m_answerAll;
+    const QString unexpected = QStringLiteral("unexpected box \"%1\": %2").arg(request.title, request.text);
+    QTest::qFail(qPrintable(unexpected), __FILE__, __LINE__);
+    // The box's escape answer, so that the code under test goes on.
+    using platform::Answer, platform::Buttons;
+    const QHash<Buttons, Answer> escape{{Buttons::Ok, Answer::Ok}, {Buttons::YesNo, Answer::No},
+                                        {Buttons::AbortRetryIgnore, Answer::Abort}};
+    return escape.value(request.buttons, Answer::Cancel);
 }
 
 QStringList MessageBoxes::texts() const
@@ -39,17 +39,11 @@ QStringList MessageBoxes::texts() const
     return all;
 }
 
-platform::DialUpConnection DialUp::connection(quintptr handle, const QByteArray &name)
-{
-    QByteArray field = name;
-    field.resize(257, '\0');
-    return {handle, field};
-}
-
 QString TestSeams::scratchTemplate()
 {
     const QString memory = QStringLiteral("/dev/shm");
-    return QDir::cleanPath((QFileInfo(memory).isWritable() ? memory : QDir::tempPath()) + QStringLiteral("/tolmara-XXXXXX"));
+    const QString parent = QFileInfo(memory).isWritable() ? memory : QDir::tempPath();
+    return QDir::cleanPath(parent + QStringLiteral("/tolmara-XXXXXX"));
 }
 
 // Puts the fakes in (with fresh program state) or the real seams back.
@@ -57,8 +51,8 @@ void TestSeams::install(bool on)
 {
     if (on)
         QDir(folder.path()).mkdir(QStringLiteral("program"));
-    const auto put = [on](auto *fake) { platform::install(on ? fake : nullptr); };
-    put(&boxes), put(store.get()), put(&clipboard), put(&beeper), put(&screen), put(&dialUp), put(&clock);
+    const auto put = [on](auto *...fakes) { (platform::install(on ? fakes : nullptr), ...); };
+    put(&boxes, store.get(), &clipboard, &beeper, &screen, &dialUp, &clock);
     overrideProgramDir(on ? QDir::toNativeSeparators(programDir()) : QString());
     if (!on)
         return;

@@ -5,11 +5,11 @@
 #include "platform/qt_seams.h"
 #include "platform/seams.h"
 
-#include <QList>
 #include <QTemporaryDir>
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace fakes {
 
@@ -23,7 +23,7 @@ public:
     // The next box is answered with this.
     void expect(platform::Answer answer) { m_script.append(answer); }
     // Every box, also unscripted ones, is answered with this from now on.
-    void answerAll(platform::Answer answer) { m_answerAll = answer; m_answerAllSet = true; }
+    void answerAll(platform::Answer answer) { m_answerAll = answer; }
     // Runs when a box is shown, before it is answered (for re-entrant checks).
     void onShow(std::function<void(const platform::MessageBoxRequest &)> hook) { m_hook = std::move(hook); }
 
@@ -34,8 +34,7 @@ public:
 private:
     QList<platform::MessageBoxRequest> m_shown;
     QList<platform::Answer> m_script;
-    platform::Answer m_answerAll = platform::Answer::Ok;
-    bool m_answerAllSet = false;
+    std::optional<platform::Answer> m_answerAll;
     std::function<void(const platform::MessageBoxRequest &)> m_hook;
 };
 
@@ -73,7 +72,10 @@ public:
         return hangUpResult;
     }
     // A connection whose entry name field holds name, zero-padded to 257 bytes.
-    static platform::DialUpConnection connection(quintptr handle, const QByteArray &name);
+    static platform::DialUpConnection connection(quintptr handle, const QByteArray &name)
+    {
+        return {handle, name.leftJustified(257, '\0', true)};
+    }
 
     QList<platform::DialUpConnection> active;
     QList<quintptr> hungUp;
@@ -93,8 +95,6 @@ class TestSeams {
 public:
     TestSeams() { install(true); }
     ~TestSeams() { install(false); }
-    TestSeams(const TestSeams &) = delete;
-    TestSeams &operator=(const TestSeams &) = delete;
 
     MessageBoxes boxes;
     Clipboard clipboard;
@@ -102,8 +102,9 @@ public:
     Screen screen;
     DialUp dialUp;
     Clock clock;
-    QTemporaryDir folder{scratchTemplate()}; // settings file and program directory live here
-    std::unique_ptr<platform::QtSettingsStore> store = std::make_unique<platform::QtSettingsStore>(folder.path());
+    // settings file and program directory live here
+    QTemporaryDir folder{scratchTemplate()};
+    std::unique_ptr<platform::QtSettingsStore> store{new platform::QtSettingsStore(folder.path())};
 
     QString programDir() const;      // an existing folder inside `folder`
     QString settingsFile() const;    // the INI file the store writes

@@ -11,76 +11,55 @@
 
 #include <sys/socket.h>
 
-// Bytes handed to the socket at a time when the body is not dripped; the next piece follows
-// once the socket has written most of the last one, so a large body is never copied whole.
-constexpr qint64 pieceSize = 256 * 1024;
-
-// What one connection is doing; a child of its socket, so it dies with it.
-class HttpExchange : public QObject {
-public:
-    using QObject::QObject;
-    QByteArray head; // the request head as far as it has arrived
-    HttpScript script;
-    qint64 sent = -1; // bytes of body written so far; -1 while the request is being read
-    qint64 limit = 0; // bytes of body to send in all
-};
-
 ScriptedHttpServer::ScriptedHttpServer(QObject *parent) : QTcpServer(parent)
 {
     listen(QHostAddress::LocalHost, 0);
 }
 
-ScriptedHttpServer::~ScriptedHttpServer() { qDeleteAll(findChildren<QTcpSocket *>(Qt::FindDirectChildrenOnly)); }
+// The connections go first, while the scripts they answer from are still here.
+ScriptedHttpServer::~ScriptedHttpServer()
+{
+    qDeleteAll(findChildren<QTcpSocket *>(Qt::FindDirectChildrenOnly));
+}
 
 QString ScriptedHttpServer::url(const QString &path) const
 {
-    return QStringLiteral("%1://127.0.0.1:%2%3").arg(QLatin1String(m_certificate.isNull() ? "http" : "https")).arg(port()).arg(path);
-}
-
-void ScriptedHttpServer::useTls(const QSslCertificate &certificate, const QSslKey &key)
-{
-    m_certificate = certificate;
-    m_key = key;
+    const QLatin1String scheme(m_tls.first.isNull() ? "http" : "https");
+    return QStringLiteral("%1://127.0.0.1:%2%3").arg(scheme).arg(port()).arg(path);
 }
 
 int ScriptedHttpServer::openConnections() const
 {
-    int open = 0;
-    for (const QTcpSocket *socket : findChildren<QTcpSocket *>(Qt::FindDirectChildrenOnly))
-        open += socket->state() == QAbstractSocket::ConnectedState ? 1 : 0;
-    return open;
+    const QList<QTcpSocket *> sockets = findChildren<QTcpSocket *>(Qt::FindDirectChildrenOnly);
+    return int(std::count_if(sockets.begin(), sockets.end(),
+                             [](QTcpSocket *s) { return s->state() == QAbstractSocket::ConnectedState; }));
 }
 
 void ScriptedHttpServer::incomingConnection(qintptr descriptor)
 {
-    QTcpSocket *socket = m_certificate.isNull() ? new QTcpSocket(this) : new QSslSocket(this);
+    QTcpSocket *socket = m_tls.first.isNull() ? new QTcpSocket(this) : new QSslSocket(this);
     socket->setSocketDescriptor(descriptor);
     if (auto *tls = qobject_cast<QSslSocket *>(socket)) {
-        tls->setLocalCertificate(m_certificate);
-        tls->setPrivateKey(m_key);
+        tls->setLocalCertificate(m_tls.first);
+        tls->setPrivateKey(m_tls.second);
         tls->startServerEncryption();
     }
-    auto *ex = new HttpExchange(socket);
-    connect(socket, &QTcpSocket::readyRead, ex, [this, socket, ex] { readRequest(socket, ex); });
     connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    // One request a connection: its head is read up to the blank line, anything after it is ignored.
+    connect(socket, &QTcpSocket::readyRead, socket, [this, socket, head = QByteArray()]() mutable {
+        head += socket->readAll();
+        if (!head.contains("\r\n\r\n"))
+            return;
+        // The request line's target, in origin or absolute form.
+        const QString path = QUrl::fromEncoded(head.split(' ').value(1)).path(QUrl::FullyEncoded);
+        disconnect(socket, &QTcpSocket::readyRead, socket, nullptr);
+        m_log.append(path);
+        answer(socket, m_scripts.value(path, HttpScript::reply("text/html", "<html>Not Found</html>", 404)));
+    });
 }
 
-void ScriptedHttpServer::readRequest(QTcpSocket *socket, HttpExchange *ex)
+void ScriptedHttpServer::answer(QTcpSocket *socket, const HttpScript &script)
 {
-    ex->head += socket->readAll(); // one request a connection; anything after it is ignored
-    if (ex->sent >= 0 || !ex->head.contains("\r\n\r\n"))
-        return;
-    ex->sent = 0;
-    // The request line's target, in origin or absolute form.
-    const QString path = QUrl::fromEncoded(ex->head.split(' ').value(1)).path(QUrl::FullyEncoded);
-    m_log.append(path);
-    ex->script = m_scripts.value(path, HttpScript::reply("text/html", "<html><body>404 Not Found</body></html>", 404));
-    answer(socket, ex);
-}
-
-void ScriptedHttpServer::answer(QTcpSocket *socket, HttpExchange *ex)
-{
-    const HttpScript &script = ex->script;
     if (script.ending == HttpScript::Ending::CloseWithoutReply)
         socket->disconnectFromHost();
     if (script.ending == HttpScript::Ending::ResetWithoutReply) {
@@ -91,59 +70,48 @@ void ScriptedHttpServer::answer(QTcpSocket *socket, HttpExchange *ex)
     }
     if (script.ending != HttpScript::Ending::Reply)
         return;
-    QByteArray head = "HTTP/1.1 " + QByteArray::number(script.status) + (script.status == 200 ? " OK\r\n" : " Status\r\n");
+    // The reason phrase is never read.
+    QByteArray head = "HTTP/1.1 " + QByteArray::number(script.status) + " Scripted";
     bool lengthGiven = false;
     for (const auto &[name, value] : script.headers) {
         lengthGiven = lengthGiven || name.compare("Content-Length", Qt::CaseInsensitive) == 0;
-        head += name + ": " + value + "\r\n";
+        head += "\r\n" + name + ": " + value;
     }
     if (!script.contentType.isEmpty())
-        head += "Content-Type: " + script.contentType + "\r\n";
+        head += "\r\nContent-Type: " + script.contentType;
     if (!lengthGiven)
-        head += "Content-Length: " + QByteArray::number(script.body.size()) + "\r\n";
-    socket->write(head + "Connection: close\r\n\r\n");
-    ex->limit = script.cutAt >= 0 ? qMin(script.cutAt, qint64(script.body.size())) : script.body.size();
-    if (script.dripBytes > 0) {
-        auto *drip = new QTimer(ex);
-        connect(drip, &QTimer::timeout, ex, [this, socket, ex] { send(socket, ex); });
-        drip->start(script.dripIntervalMs);
-        return;
-    }
-    connect(socket, &QTcpSocket::bytesWritten, ex, [this, socket, ex] { send(socket, ex); });
-    send(socket, ex);
-}
-
-// Writes the next piece of the body (more while not dripping), and closes after the last.
-void ScriptedHttpServer::send(QTcpSocket *socket, HttpExchange *ex)
-{
-    const bool drip = ex->script.dripBytes > 0;
-    if (socket->state() != QAbstractSocket::ConnectedState)
-        return;
-    do {
-        const qint64 n = qMin(drip ? qint64(ex->script.dripBytes) : pieceSize, ex->limit - ex->sent);
-        socket->write(ex->script.body.constData() + ex->sent, n);
-        ex->sent += n;
-    } while (!drip && ex->sent < ex->limit && socket->bytesToWrite() < pieceSize);
-    if (ex->sent >= ex->limit)
+        head += "\r\nContent-Length: " + QByteArray::number(script.body.size());
+    socket->write(head + "\r\nConnection: close\r\n\r\n");
+    // The body, whole or dripped, goes out from a timer; the connection closes after its last byte.
+    const QByteArray body = script.cutAt >= 0 ? script.body.left(script.cutAt) : script.body;
+    const qsizetype step = script.dripBytes > 0 ? script.dripBytes : qMax<qsizetype>(1, body.size());
+    auto *pace = new QTimer(socket);
+    connect(socket, &QTcpSocket::disconnected, pace, &QTimer::stop);
+    connect(pace, &QTimer::timeout, socket, [socket, pace, body, step, sent = qsizetype(0)]() mutable {
+        socket->write(body.mid(sent, step));
+        sent += step;
+        if (sent < body.size())
+            return;
+        pace->stop();
         socket->disconnectFromHost();
+    });
+    pace->start(script.dripIntervalMs);
 }
 
 QByteArray makeJpeg(QSize size, bool noisy)
 {
     QImage image(size, QImage::Format_RGB32);
     QRandomGenerator random(quint32(size.width() * 7919 + size.height()));
-    for (int y = 0; y < size.height(); ++y) {
-        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
-        for (int x = 0; x < size.width(); ++x) {
-            line[x] = noisy ? QRgb(random.generate() | 0xff000000u)
-                            : qRgb(x * 255 / qMax(1, size.width() - 1), y * 255 / qMax(1, size.height() - 1), 128);
-        }
-    }
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
+    const int right = qMax(1, size.width() - 1);
+    const int bottom = qMax(1, size.height() - 1);
+    for (int y = 0; y < size.height(); ++y)
+        for (int x = 0; x < size.width(); ++x)
+            image.setPixel(x, y, noisy ? random.generate() | 0xff000000u
+                                       : qRgb(x * 255 / right, y * 255 / bottom, 128));
+    QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "JPEG", 90);
-    return bytes;
+    return buffer.data();
 }
 
 const TestCertificates &TestCertificates::get()
@@ -165,7 +133,8 @@ c 127.0.0.1 IP:127.0.0.1)";
         const QList<QSslCertificate> made = QSslCertificate::fromData(pem);
         if (made.size() != 4)
             qWarning("making test certificates failed: %s", openssl.readAllStandardError().constData());
-        return TestCertificates{made.value(0), QSslKey(pem, QSsl::Ec), made.value(1), made.value(2), made.value(3)};
+        return TestCertificates{made.value(0), QSslKey(pem, QSsl::Ec), made.value(1), made.value(2),
+                                made.value(3)};
     }();
     return made;
 }

@@ -4,15 +4,11 @@
 // every connection carries one request and is closed after the reply ("Connection: close").
 
 #include <QHash>
-#include <QList>
-#include <QPair>
 #include <QSize>
 #include <QSslCertificate>
 #include <QSslKey>
 #include <QStringList>
 #include <QTcpServer>
-
-class HttpExchange;
 
 // How to answer one path, for example
 //   server.setScript(u"/a.jpg"_s, HttpScript::reply("image/jpeg", jpeg).withDrip(512, 20));
@@ -20,9 +16,9 @@ struct HttpScript {
     enum class Ending { Reply, CloseWithoutReply, ResetWithoutReply, NeverReply };
 
     int status = 200;
-    QByteArray contentType;                       // no Content-Type header when empty
-    QList<QPair<QByteArray, QByteArray>> headers; // a Content-Length among them replaces the true one
-    QByteArray body;
+    QByteArray contentType{};                       // no Content-Type header when empty
+    QList<QPair<QByteArray, QByteArray>> headers{}; // a Content-Length among them replaces the true one
+    QByteArray body{};
     int dripBytes = 0;      // > 0: send the body this many bytes at a time ...
     int dripIntervalMs = 0; // ... every this many milliseconds
     qint64 cutAt = -1;      // >= 0: send only this many body bytes, then close
@@ -30,25 +26,39 @@ struct HttpScript {
 
     static HttpScript reply(const QByteArray &type, const QByteArray &body, int status = 200)
     {
-        HttpScript s; s.status = status; s.contentType = type; s.body = body; return s;
+        return {.status = status, .contentType = type, .body = body};
     }
     // Read the request, then close, reset (TCP RST) or keep the connection open, silent.
-    static HttpScript closeWithoutReply() { return HttpScript().endingWith(Ending::CloseWithoutReply); }
-    static HttpScript resetWithoutReply() { return HttpScript().endingWith(Ending::ResetWithoutReply); }
-    static HttpScript neverReply() { return HttpScript().endingWith(Ending::NeverReply); }
+    static HttpScript closeWithoutReply() { return {.ending = Ending::CloseWithoutReply}; }
+    static HttpScript resetWithoutReply() { return {.ending = Ending::ResetWithoutReply}; }
+    static HttpScript neverReply() { return {.ending = Ending::NeverReply}; }
     static HttpScript redirect(const QString &location, int status = 302)
     {
         return reply("text/html", "moved", status).withHeader("Location", location.toLatin1());
     }
 
-    HttpScript withHeader(const QByteArray &name, const QByteArray &value) const { HttpScript s = *this; s.headers.append({name, value}); return s; }
-    HttpScript withDrip(int bytes, int everyMs) const { HttpScript s = *this; s.dripBytes = bytes; s.dripIntervalMs = everyMs; return s; }
-    HttpScript endingWith(Ending how) const { HttpScript s = *this; s.ending = how; return s; }
-    HttpScript cutShortAt(qint64 bytes) const { HttpScript s = *this; s.cutAt = bytes; return s; }
+    HttpScript withHeader(const QByteArray &name, const QByteArray &value) const
+    {
+        HttpScript s = *this;
+        s.headers.append({name, value});
+        return s;
+    }
+    HttpScript withDrip(int bytes, int everyMs) const
+    {
+        HttpScript s = *this;
+        s.dripBytes = bytes;
+        s.dripIntervalMs = everyMs;
+        return s;
+    }
+    HttpScript cutShortAt(qint64 bytes) const
+    {
+        HttpScript s = *this;
+        s.cutAt = bytes;
+        return s;
+    }
 };
 
 class ScriptedHttpServer : public QTcpServer {
-    Q_OBJECT
 public:
     explicit ScriptedHttpServer(QObject *parent = nullptr); // listens at once
     ~ScriptedHttpServer() override;
@@ -57,7 +67,7 @@ public:
     // "http://127.0.0.1:<port>" + path, "https://..." over TLS; path starts with "/".
     QString url(const QString &path) const;
     // Connections from now on speak TLS with this certificate.
-    void useTls(const QSslCertificate &certificate, const QSslKey &key);
+    void useTls(const QSslCertificate &certificate, const QSslKey &key) { m_tls = {certificate, key}; }
     // Paths without a script answer 404 with a small HTML page.
     void setScript(const QString &path, const HttpScript &script) { m_scripts.insert(path, script); }
 
@@ -71,12 +81,9 @@ protected:
     void incomingConnection(qintptr descriptor) override;
 
 private:
-    void readRequest(QTcpSocket *socket, HttpExchange *ex);
-    void answer(QTcpSocket *socket, HttpExchange *ex);
-    void send(QTcpSocket *socket, HttpExchange *ex);
+    void answer(QTcpSocket *socket, const HttpScript &script);
 
-    QSslCertificate m_certificate; // null: plain HTTP
-    QSslKey m_key;
+    std::pair<QSslCertificate, QSslKey> m_tls; // a null certificate: plain HTTP
     QHash<QString, HttpScript> m_scripts;
     QStringList m_log;
 };

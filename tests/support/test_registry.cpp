@@ -1,7 +1,6 @@
 #include "support/test_main.h"
 
 #include <QLocale>
-#include <QMetaMethod>
 #include <vector>
 
 namespace {
@@ -12,24 +11,27 @@ std::vector<TestFactory> &factories()
     return all;
 }
 
-// The arguments meant for one test class: every option (and an option's
-// value), and those named test functions that the class has. Empty when
-// functions were named and the class has none of them.
-QList<QByteArray> argumentsFor(const QObject &test, int argc, char **argv)
+// The arguments meant for one test class: every option (and an option's value), and those
+// named test functions that the class has. Empty when functions were named and the class has
+// none of them.
+QStringList argumentsFor(const QObject &test)
 {
-    QList<QByteArray> kept{argv[0]};
-    bool named = false, matched = false;
-    for (int i = 1; i < argc; ++i) {
-        const QByteArray argument(argv[i]);
-        const bool optionValue = i > 1 && QByteArrayList{"-o", "-maxwarnings", "-eventdelay", "-keydelay", "-mousedelay"}.contains(argv[i - 1]);
-        const bool function = !argument.startsWith('-') && !optionValue;
-        const bool here = function && test.metaObject()->indexOfMethod((argument.split(':').first() + "()").constData()) >= 0;
+    static const QStringList valued =
+        QStringLiteral("-o -maxwarnings -eventdelay -keydelay -mousedelay").split(u' ');
+    const QStringList all = QCoreApplication::arguments();
+    QStringList kept{all.first()};
+    bool named = false;
+    bool matched = false;
+    for (qsizetype i = 1; i < all.size(); ++i) {
+        const bool function = !all[i].startsWith(u'-') && !valued.contains(all[i - 1]);
+        const QByteArray signature = all[i].section(u':', 0, 0).toLatin1() + "()";
+        const bool here = function && test.metaObject()->indexOfMethod(signature.constData()) >= 0;
         named = named || function;
         matched = matched || here;
         if (!function || here)
-            kept << argument;
+            kept << all[i];
     }
-    return named && !matched ? QList<QByteArray>() : kept;
+    return named && !matched ? QStringList() : kept;
 }
 
 } // namespace
@@ -40,19 +42,17 @@ int registerTest(TestFactory factory)
     return int(factories().size());
 }
 
-int runRegisteredTests(int argc, char **argv)
+// Test programs run several test classes under one QApplication.
+int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); // month names in file names
     int failed = 0;
     for (const TestFactory &make : factories()) {
         const std::unique_ptr<QObject> test = make();
-        QList<QByteArray> arguments = argumentsFor(*test, argc, argv);
-        std::vector<char *> pointers;
-        for (QByteArray &argument : arguments)
-            pointers.push_back(argument.data());
-        if (!pointers.empty())
-            failed += QTest::qExec(test.get(), int(pointers.size()), pointers.data());
+        const QStringList arguments = argumentsFor(*test);
+        if (!arguments.isEmpty())
+            failed += QTest::qExec(test.get(), arguments);
     }
     return failed;
 }

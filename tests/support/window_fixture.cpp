@@ -12,15 +12,18 @@
 
 namespace fixture {
 
-QString tempDir(const fakes::TestSeams &seams) { return QDir::toNativeSeparators(seams.folder.filePath(QStringLiteral("temp"))); }
-QString saveDir(const fakes::TestSeams &seams) { return QDir::toNativeSeparators(seams.folder.filePath(QStringLiteral("save"))); }
+QString saveDir(const fakes::TestSeams &seams)
+{
+    return QDir::toNativeSeparators(seams.folder.filePath(QStringLiteral("save")));
+}
 
 QPointer<frmMain> openMainWindow(fakes::TestSeams &seams)
 {
     resetRunState();
-    QDir().mkpath(tempDir(seams));
+    const QString temp = QDir::toNativeSeparators(seams.folder.filePath(QStringLiteral("temp")));
+    QDir().mkpath(temp);
     QDir().mkpath(saveDir(seams));
-    store::write(QStringLiteral("TempDir"), tempDir(seams));
+    store::write(QStringLiteral("TempDir"), temp);
     store::write(QStringLiteral("SaveDir"), saveDir(seams));
     startup().sTempFileName = QStringLiteral("TmpAbCdE.jpg");
     screenProfile().PathDisplayLength = 57;

@@ -12,7 +12,6 @@ namespace fixture {
 // TempDir is <folder>/temp and SaveDir <folder>/save (both created); the
 // window is shown, deletes itself on close, and calls come 10 ms apart.
 QPointer<frmMain> openMainWindow(fakes::TestSeams &seams);
-QString tempDir(const fakes::TestSeams &seams);
 QString saveDir(const fakes::TestSeams &seams);
 // The temporary picture file of the run.
 QString tempFile();
