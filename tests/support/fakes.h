@@ -14,8 +14,8 @@
 namespace fakes {
 
 // Records every box and answers from a script. A box that the test did not
-// script fails the test with its text (it is answered with the box's escape
-// answer so that the code under test goes on and never blocks).
+// script fails the test with its text (it is answered Cancel, so that the code
+// under test goes on and never blocks).
 class MessageBoxes : public platform::MessageBoxes {
 public:
     platform::Answer show(const platform::MessageBoxRequest &request) override;
@@ -38,23 +38,18 @@ private:
     std::function<void(const platform::MessageBoxRequest &)> m_hook;
 };
 
-class Clipboard : public platform::Clipboard {
-public:
-    QString text() const override { return m_text; }
-    void setText(const QString &text) override { m_text = text; }
-
-private:
-    QString m_text;
+struct Clipboard : platform::Clipboard {
+    QString text() const override { return content; }
+    void setText(const QString &text) override { content = text; }
+    QString content;
 };
 
-class Beeper : public platform::Beeper {
-public:
+struct Beeper : platform::Beeper {
     void beep() override { ++beeps; }
     int beeps = 0;
 };
 
-class Screen : public platform::Screen {
-public:
+struct Screen : platform::Screen {
     QSize sizeInPixels() const override { return size; }
     QSize size{1024, 768};
 };
@@ -83,8 +78,7 @@ public:
     qint32 hangUpResult = 0;
 };
 
-class Clock : public platform::Clock {
-public:
+struct Clock : platform::Clock {
     QDateTime now() const override { return time; }
     QDateTime time{QDate(2026, 3, 7), QTime(9, 5, 4)};
 };

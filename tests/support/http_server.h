@@ -61,7 +61,8 @@ struct HttpScript {
 class ScriptedHttpServer : public QTcpServer {
 public:
     explicit ScriptedHttpServer(QObject *parent = nullptr); // listens at once
-    ~ScriptedHttpServer() override;
+    // The connections go first, while the scripts they answer from are still here.
+    ~ScriptedHttpServer() override { qDeleteAll(findChildren<QTcpSocket *>(Qt::FindDirectChildrenOnly)); }
 
     quint16 port() const { return serverPort(); }
     // "http://127.0.0.1:<port>" + path, "https://..." over TLS; path starts with "/".
