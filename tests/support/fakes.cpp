@@ -41,23 +41,18 @@ QString TestSeams::scratchTemplate()
     return QDir::cleanPath(parent + QStringLiteral("/tolmara-XXXXXX"));
 }
 
-// Puts the fakes in (with fresh program state) or the real seams back.
+// Puts the fakes in or the real seams back; either way the program state is fresh.
 void TestSeams::install(bool on)
 {
-    if (on)
-        QDir(folder.path()).mkdir(QStringLiteral("program"));
+    QDir(folder.path()).mkdir(QStringLiteral("program"));
     const auto put = [on](auto *...fakes) { (platform::install(on ? fakes : nullptr), ...); };
     put(&boxes, store.get(), &clipboard, &beeper, &screen, &dialUp, &clock);
     overrideProgramDir(on ? QDir::toNativeSeparators(programDir()) : QString());
-    if (!on)
-        return;
     resetSettings();
     resetStartup();
     resetMaskEditTexts();
     installMainWindowLink(nullptr);
 }
-
-QString TestSeams::programDir() const { return folder.filePath(QStringLiteral("program")); }
 
 QString TestSeams::settingsFile() const { return store->fileName(store::Application); }
 

@@ -100,7 +100,8 @@ public:
     QTemporaryDir folder{scratchTemplate()};
     std::unique_ptr<platform::QtSettingsStore> store{new platform::QtSettingsStore(folder.path())};
 
-    QString programDir() const;      // an existing folder inside `folder`
+    // An existing folder inside `folder`.
+    QString programDir() const { return folder.filePath(QStringLiteral("program")); }
     QString settingsFile() const;    // the INI file the store writes
     // Reads a key of the program's section straight from the store.
     QString stored(const QString &key) const;

@@ -5,24 +5,12 @@
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QSslSocket>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <QUrl>
 
 #include <algorithm>
 
 #include <sys/socket.h>
-
-ScriptedHttpServer::ScriptedHttpServer(QObject *parent) : QTcpServer(parent)
-{
-    listen(QHostAddress::LocalHost, 0);
-}
-
-QString ScriptedHttpServer::url(const QString &path) const
-{
-    const QLatin1String scheme(m_tls.first.isNull() ? "http" : "https");
-    return QStringLiteral("%1://127.0.0.1:%2%3").arg(scheme).arg(port()).arg(path);
-}
 
 int ScriptedHttpServer::openConnections() const
 {
@@ -79,7 +67,7 @@ void ScriptedHttpServer::answer(QTcpSocket *socket, const HttpScript &script)
     socket->write(head + "\r\nConnection: close\r\n\r\n");
     // The body, whole or dripped, goes out from a timer; the connection closes after its last byte.
     const QByteArray body = script.cutAt >= 0 ? script.body.left(script.cutAt) : script.body;
-    const qsizetype step = script.dripBytes > 0 ? script.dripBytes : qMax<qsizetype>(1, body.size());
+    const qsizetype step = script.drip.first > 0 ? script.drip.first : qMax<qsizetype>(1, body.size());
     auto *pace = new QTimer(socket);
     connect(socket, &QTcpSocket::disconnected, pace, &QTimer::stop);
     connect(pace, &QTimer::timeout, socket, [socket, pace, body, step, sent = qsizetype(0)]() mutable {
@@ -90,19 +78,18 @@ void ScriptedHttpServer::answer(QTcpSocket *socket, const HttpScript &script)
         pace->stop();
         socket->disconnectFromHost();
     });
-    pace->start(script.dripIntervalMs);
+    pace->start(script.drip.second);
 }
 
 QByteArray makeJpeg(QSize size, bool noisy)
 {
     QImage image(size, QImage::Format_RGB32);
     QRandomGenerator random(quint32(size.width() * 7919 + size.height()));
-    const int right = qMax(1, size.width() - 1);
-    const int bottom = qMax(1, size.height() - 1);
     for (int y = 0; y < size.height(); ++y)
         for (int x = 0; x < size.width(); ++x)
             image.setPixel(x, y, noisy ? random.generate() | 0xff000000u
-                                       : qRgb(x * 255 / right, y * 255 / bottom, 128));
+                                       : qRgb(x * 255 / qMax(1, size.width() - 1),
+                                              y * 255 / qMax(1, size.height() - 1), 128));
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "JPEG", 90);
@@ -113,15 +100,14 @@ const TestCertificates &TestCertificates::get()
 {
     static const TestCertificates made = [] {
         // Prints the key, then the authority and the certificates it signs, then the self-signed one.
-        const char *script = R"(set -e; openssl ecparam -name prime256v1 -genkey -noout -out k; cat k
+        const char *script = R"sh(set -e; cd "$(mktemp -d)"; trap 'rm -r "$PWD"' EXIT
+openssl ecparam -name prime256v1 -genkey -noout -out k; cat k
 c() { openssl req -x509 -key k -subj "/CN=$1" -addext "subjectAltName=$2" $3; }
 c "Tolmara Test Authority" DNS:authority.invalid | tee ca.pem
 c 127.0.0.1 IP:127.0.0.1 "-CA ca.pem -CAkey k"
 c other.invalid DNS:other.invalid "-CA ca.pem -CAkey k"
-c 127.0.0.1 IP:127.0.0.1)";
-        QTemporaryDir dir;
+c 127.0.0.1 IP:127.0.0.1)sh";
         QProcess openssl;
-        openssl.setWorkingDirectory(dir.path());
         openssl.start(QStringLiteral("sh"), {QStringLiteral("-c"), QString::fromLatin1(script)});
         openssl.waitForFinished(60000);
         const QByteArray pem = openssl.readAllStandardOutput();

@@ -19,9 +19,8 @@ struct HttpScript {
     QByteArray contentType{};                       // no Content-Type header when empty
     QList<QPair<QByteArray, QByteArray>> headers{}; // a Content-Length among them replaces the true one
     QByteArray body{};
-    int dripBytes = 0;      // > 0: send the body this many bytes at a time ...
-    int dripIntervalMs = 0; // ... every this many milliseconds
-    qint64 cutAt = -1;      // >= 0: send only this many body bytes, then close
+    QPair<int, int> drip{0, 0}; // bytes at a time (0: all at once), every this many milliseconds
+    qint64 cutAt = -1;          // >= 0: send only this many body bytes, then close
     Ending ending = Ending::Reply;
 
     static HttpScript reply(const QByteArray &type, const QByteArray &body, int status = 200)
@@ -39,34 +38,36 @@ struct HttpScript {
 
     HttpScript withHeader(const QByteArray &name, const QByteArray &value) const
     {
-        HttpScript s = *this;
-        s.headers.append({name, value});
-        return s;
+        return with(&HttpScript::headers, headers + decltype(headers){{name, value}});
     }
-    HttpScript withDrip(int bytes, int everyMs) const
+    HttpScript withDrip(int bytes, int everyMs) const { return with(&HttpScript::drip, {bytes, everyMs}); }
+    HttpScript cutShortAt(qint64 bytes) const { return with(&HttpScript::cutAt, bytes); }
+    // A copy with one field changed.
+    template <typename T>
+    HttpScript with(T HttpScript::*field, const T &value) const
     {
-        HttpScript s = *this;
-        s.dripBytes = bytes;
-        s.dripIntervalMs = everyMs;
-        return s;
-    }
-    HttpScript cutShortAt(qint64 bytes) const
-    {
-        HttpScript s = *this;
-        s.cutAt = bytes;
-        return s;
+        HttpScript changed = *this;
+        changed.*field = value;
+        return changed;
     }
 };
 
 class ScriptedHttpServer : public QTcpServer {
 public:
-    explicit ScriptedHttpServer(QObject *parent = nullptr); // listens at once
+    explicit ScriptedHttpServer(QObject *parent = nullptr) : QTcpServer(parent)
+    {
+        listen(QHostAddress::LocalHost, 0);
+    }
     // The connections go first, while the scripts they answer from are still here.
     ~ScriptedHttpServer() override { qDeleteAll(findChildren<QTcpSocket *>(Qt::FindDirectChildrenOnly)); }
 
     quint16 port() const { return serverPort(); }
     // "http://127.0.0.1:<port>" + path, "https://..." over TLS; path starts with "/".
-    QString url(const QString &path) const;
+    QString url(const QString &path) const
+    {
+        return QLatin1String(m_tls.first.isNull() ? "http" : "https")
+               + QStringLiteral("://127.0.0.1:%1%2").arg(port()).arg(path);
+    }
     // Connections from now on speak TLS with this certificate.
     void useTls(const QSslCertificate &certificate, const QSslKey &key) { m_tls = {certificate, key}; }
     // Paths without a script answer 404 with a small HTML page.
