@@ -5,6 +5,7 @@
 #include "app/modMain.h"
 #include "app/paths.h"
 #include "app/settings.h"
+#include "app/temp_pictures.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -51,6 +52,7 @@ void TestSeams::install(bool on)
     resetSettings();
     resetStartup();
     resetMaskEditTexts();
+    ReleaseTempPictures(); // locks held in one test's folder end with it
     installMainWindowLink(nullptr);
 }
 
