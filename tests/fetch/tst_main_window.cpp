@@ -9,7 +9,6 @@
 #include "support/window_fixture.h"
 
 #include <QCheckBox>
-#include <QFile>
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QPushButton>
@@ -20,16 +19,6 @@
 #include <QTimer>
 
 using namespace Qt::Literals::StringLiterals;
-
-namespace {
-
-QByteArray fileBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-} // namespace
 
 // The main window as a user meets it (typing, clicking, holding buttons) and
 // mining against a scripted local server: the sequencer, the reply handler,
@@ -253,7 +242,7 @@ void MainWindowTest::minesSeriesUntilTheGapsTripTheLimit()
     QTRY_VERIFY_WITH_TIMEOUT(!runState().RunActive, 20000);
     QCOMPARE(server->requestLog(), expected);
     QVERIFY(runState().FailedCalls == 3 && seams->beeper.beeps == 1);
-    QCOMPARE(fileBytes(fixture::tempFile()), makeJpeg(QSize(71, 40), true));
+    QCOMPARE(fixture::fileBytes(fixture::tempFile()), makeJpeg(QSize(71, 40), true));
 }
 
 // One call that goes wrong, or a run that ends otherwise, in manual or auto mode
@@ -351,7 +340,7 @@ void MainWindowTest::failures()
     QTEST(server->requestLog().join(u' ').remove(u"/f/"_s).remove(u".jpg"_s), "asked");
     QTEST(int(runState().FailedCalls), "failedCalls");
     QFETCH(bool, stored);
-    QCOMPARE(fileBytes(fixture::tempFile()), stored ? good : QByteArray());
+    QCOMPARE(fixture::fileBytes(fixture::tempFile()), stored ? good : QByteArray());
 }
 
 TOLMARA_REGISTER_TEST(MainWindowTest)

@@ -6,6 +6,7 @@
 #include "fetch/run_state.h"
 
 #include <QDir>
+#include <QFile>
 #include <QLineEdit>
 #include <QTest>
 #include <QTimer>
@@ -42,6 +43,12 @@ QPointer<frmMain> openMainWindow(fakes::TestSeams &seams)
 QString tempFile()
 {
     return joinPath(settings().TempDir.VarGet().toString(), runState().TempFileName);
+}
+
+QByteArray fileBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace fixture

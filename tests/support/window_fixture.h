@@ -15,5 +15,7 @@ QPointer<frmMain> openMainWindow(fakes::TestSeams &seams);
 QString saveDir(const fakes::TestSeams &seams);
 // The temporary picture file of the run.
 QString tempFile();
+// A file's bytes; empty when it cannot be read.
+QByteArray fileBytes(const QString &path);
 
 } // namespace fixture

@@ -66,12 +66,6 @@ void sendMouse(QWidget *widget, QEvent::Type type, Qt::MouseButton button, QPoin
 
 QStringList filesIn(const QString &dir) { return QDir(dir).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
 
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 class ViewTest : public QObject {
@@ -291,7 +285,7 @@ void ViewTest::copyFailures()
     QCOMPARE(w.seams.boxes.texts(), QStringList{u"File Copy Error: "_s + cause.replace(u"%1"_s, target)});
     QCOMPARE(w.seams.beeper.beeps, readOnlyTarget ? 0 : 1);
     QCOMPARE(w->framLarge->title(), u"JPEG - pic007.jpg"_s + QLatin1String(readOnlyTarget ? "" : " (saved)"));
-    QCOMPARE(contents(target), readOnlyTarget ? QByteArray("kept") : picture);
+    QCOMPARE(fixture::fileBytes(target), readOnlyTarget ? QByteArray("kept") : picture);
 }
 
 // A picture's own name comes from its address: under Windows' rules a
@@ -367,7 +361,7 @@ void ViewTest::killedMidCopyLeavesAWholePicture()
         QTest::qSleep(5 + 7 * round);
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
-        QVERIFY(contents(target) == picture);
+        QVERIFY(fixture::fileBytes(target) == picture);
         midCopy += *copying;
     }
     munmap(shared, sizeof(int));
@@ -399,7 +393,7 @@ void ViewTest::wholeRunSavesASeries()
     const QString saveDir = fixture::saveDir(w.seams);
     QCOMPARE(filesIn(saveDir), (QStringList{u"$eries1_01.jpg"_s, u"$eries1_02.jpg"_s, u"$eries1_03.jpg"_s}));
     for (int i = 1; i <= 3; ++i)
-        QCOMPARE(contents(saveDir + u"/$eries1_0%1.jpg"_s.arg(i)), served.at(i - 1));
+        QCOMPARE(fixture::fileBytes(saveDir + u"/$eries1_0%1.jpg"_s.arg(i)), served.at(i - 1));
     const QString caption = u"Tolmara Projector - Now Showing pic003.jpg (Saved as $eries1)...Limit Reached!"_s;
     QCOMPARE(projector()->windowTitle(), caption);
     QCOMPARE(w.seams.stored(u"$eries#"_s), u"1"_s);
