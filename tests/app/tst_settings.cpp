@@ -149,5 +149,5 @@ void SettingsTest::quit()
     QCOMPARE(int(magazine().MagRowCount), changed ? 2 : 1);
 }
 
-TOLMARA_REGISTER_TEST(SettingsTest)
+TOLMARA_TEST_MAIN(SettingsTest)
 #include "tst_settings.moc"

@@ -207,5 +207,5 @@ void StartupTest::hangUpThroughTheService()
     QCOMPARE(seams.boxes.texts().join(QString()).contains(runOff), !hungUp.isEmpty());
 }
 
-TOLMARA_REGISTER_TEST(StartupTest)
+TOLMARA_TEST_MAIN(StartupTest)
 #include "tst_startup.moc"

@@ -150,6 +150,6 @@ private slots:
     }
 };
 
-TOLMARA_REGISTER_TEST(EngineTest)
+TOLMARA_TEST_MAIN(EngineTest)
 
 #include "tst_engine.moc"

@@ -343,5 +343,5 @@ void MainWindowTest::failures()
     QCOMPARE(fixture::fileBytes(fixture::tempFile()), stored ? good : QByteArray());
 }
 
-TOLMARA_REGISTER_TEST(MainWindowTest)
+TOLMARA_TEST_MAIN(MainWindowTest)
 #include "tst_main_window.moc"

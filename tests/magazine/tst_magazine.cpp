@@ -110,5 +110,5 @@ void MagazineTest::wholeRunOverARestart()
     QVERIFY(seams->boxes.shown().size() == 3 && seams->boxes.shown().last().title == u"OOPS!"_s);
 }
 
-TOLMARA_REGISTER_TEST(MagazineTest)
+TOLMARA_TEST_MAIN(MagazineTest)
 #include "tst_magazine.moc"

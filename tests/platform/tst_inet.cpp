@@ -160,5 +160,5 @@ private slots:
     }
 };
 
-TOLMARA_REGISTER_TEST(TestInet)
+TOLMARA_TEST_MAIN(TestInet)
 #include "tst_inet.moc"

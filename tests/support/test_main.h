@@ -1,16 +1,16 @@
 #pragma once
-// Test programs run several test classes under one QApplication: each file registers
-// its class with TOLMARA_REGISTER_TEST(Class) and the support library supplies main
-// (test_registry.cpp).
+// Every test file is a program of its own: TOLMARA_TEST_MAIN(Class) runs its test class
+// under a QApplication, with English month names for the time-stamped names of pictures.
 
 #include <QApplication>
+#include <QLocale>
 #include <QTest>
 
-#include <functional>
-#include <memory>
-
-using TestFactory = std::function<std::unique_ptr<QObject>()>;
-int registerTest(TestFactory factory);
-
-#define TOLMARA_REGISTER_TEST(Class) \
-    static const int registered_##Class = registerTest([] { return std::make_unique<Class>(); });
+#define TOLMARA_TEST_MAIN(Class)                                                                   \
+    int main(int argc, char **argv)                                                                \
+    {                                                                                              \
+        QApplication app(argc, argv);                                                              \
+        QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));                     \
+        Class test;                                                                                \
+        return QTest::qExec(&test, argc, argv);                                                    \
+    }

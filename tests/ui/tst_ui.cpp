@@ -343,5 +343,5 @@ void UiTest::about()
     w->Unload();
 }
 
-TOLMARA_REGISTER_TEST(UiTest)
+TOLMARA_TEST_MAIN(UiTest)
 #include "tst_ui.moc"

@@ -399,5 +399,5 @@ void ViewTest::wholeRunSavesASeries()
     QCOMPARE(w.seams.stored(u"$eries#"_s), u"1"_s);
 }
 
-TOLMARA_REGISTER_TEST(ViewTest)
+TOLMARA_TEST_MAIN(ViewTest)
 #include "tst_view.moc"
