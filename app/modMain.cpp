@@ -80,9 +80,14 @@ bool Main()
         return false;
     }
     startup().sTempFileName = MakeTempName() + QStringLiteral(".jpg");
+    // Two copies started at once: the second waits until the first has made the
+    // default folders and taken the magazine rows out of the store.
+    platform::SettingsStore &store = platform::settingsStore();
+    store.holdStartUp(store::Application);
     if (!DefaultDirsExist())
         CreateDefaultDirs();
     openMainWindow();
+    store.releaseStartUp();
     // Loading the TLS library takes a while: ask once the window is up.
     QTimer::singleShot(TlsCheckDelayMs, [] { Inet::CheckTlsAtStartup(); });
     return true;

@@ -16,6 +16,9 @@ void write(const QString &key, const QString &value)
 {
     platform::settingsStore().write(Application, Section, key, value);
 }
+
+Batch::Batch() { platform::settingsStore().beginBatch(); }
+Batch::~Batch() { platform::settingsStore().endBatch(); }
 } // namespace store
 
 namespace {
@@ -74,6 +77,7 @@ void loadNumbersAndDirs()
 void loadMagazineRows()
 {
     MagazineArrays &m = magazine();
+    const store::Batch cleared; // on disk before the window shows, so no other copy loads them too
     for (int row = 0; row <= 9; ++row) {
         m.Round.strLet(row, store::read(rowKey("Round", row), QString()));
         if (!m.Round.strGet(row).isEmpty())
@@ -120,6 +124,7 @@ void LookUpRegistry()
 void UpdateRegistry()
 {
     try {
+        const store::Batch written;
         const Settings &s = settings();
         SaveBoolSetting(s.SaveFullAuto, QStringLiteral("SaveFullAuto"));
         SaveBoolSetting(s.BeepOK, QStringLiteral("BeepOK"));
@@ -158,6 +163,7 @@ void SaveMagURLs()
     const MagazineArrays &m = magazine();
     if (m.Round.strGet(0).isEmpty())
         return;
+    const store::Batch written;
     int next = 0;
     while (next <= 9 && !store::read(rowKey("Round", next), QString()).isEmpty())
         ++next;

@@ -10,7 +10,16 @@ namespace store {
 inline const QString Application = QStringLiteral("Tolmara2");
 inline const QString Section = QStringLiteral("Startup");
 QString read(const QString &key, const QString &defaultValue);
+// On disk when it returns, or at the end of the batch that is open.
 void write(const QString &key, const QString &value);
+// Writes made while a Batch lives reach the disk together when it goes.
+class Batch {
+public:
+    Batch();
+    ~Batch();
+    Batch(const Batch &) = delete;
+    Batch &operator=(const Batch &) = delete;
+};
 } // namespace store
 
 struct Settings {

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLockFile>
 #include <QRegularExpression>
 
@@ -52,7 +53,7 @@ void ReleaseTempPictures()
 
 void RemoveLeftoverTempPictures(const QString &dir)
 {
-    static const QRegularExpression picture(QStringLiteral("^(Tmp[A-Za-z1-9]{5}\\.jpg)(\\.part)?$"));
+    static const QRegularExpression picture(QStringLiteral("^(Tmp[A-Za-z1-9]{5}\\.jpg)(\\.part|\\.lock)?$"));
     const QDir folder(dir);
     if (dir.isEmpty() || !folder.exists())
         return;
@@ -65,6 +66,9 @@ void RemoveLeftoverTempPictures(const QString &dir)
     for (const QString &name : names) {
         const QString path = folder.filePath(name);
         if (held().count(path))
+            continue;
+        // A picture without its lock beside it may be the user's own: it stays.
+        if (!QFileInfo::exists(path + QStringLiteral(".lock")))
             continue;
         std::unique_ptr<QLockFile> lock = lockFor(path);
         if (!lock->tryLock(0))

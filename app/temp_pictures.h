@@ -11,5 +11,6 @@ void HoldTempPicture(const QString &picturePath);
 // Deletes every picture this run holds, with its ".part" file, and lets go of its lock.
 void ReleaseTempPictures();
 // Deletes from dir the temporary pictures ("Tmp" + five letters or digits +
-// ".jpg") and their ".part" files that no running copy holds.
+// ".jpg") and their ".part" files whose lock file is beside them and was left by
+// a copy that has ended. Nothing without such a lock is touched.
 void RemoveLeftoverTempPictures(const QString &dir);

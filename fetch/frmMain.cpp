@@ -10,6 +10,7 @@
 #include "fetch/modfrmMain.h"
 #include "fetch/run_state.h"
 #include "platform/Inet1.h"
+#include "platform/desktop_end.h"
 #include "platform/seams.h"
 #include "ui/frmAbout.h"
 #include "view/display.h"
@@ -21,6 +22,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -114,6 +116,40 @@ void openMainWindowAtStartUp()
     window->Form_Load();
     window->show();
     window->txtAddress->setFocus();
+}
+
+void endAtDesktopRequest()
+{
+    settings().ConfigChanged.boolLet(false); // nobody is there to be asked
+    frmMain *window = frmMain::instance();
+    if (!window) {
+        QCoreApplication::quit();
+        return;
+    }
+    // From the event loop, once the dialogs closed for the end have returned.
+    QTimer::singleShot(0, window, [window] {
+        if (!window->ClosePending)
+            window->cmdQuit_Click();
+    });
+}
+
+int runTolmara(const std::function<void()> &started)
+{
+    QApplication::setApplicationName(QStringLiteral("Tolmara2"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("tolmara"));
+    QIcon icon;
+    for (int size : {16, 32, 48, 256})
+        icon.addFile(QStringLiteral(":/icons/tolmara-%1.png").arg(size));
+    QApplication::setWindowIcon(icon);
+    setMainWindowOpener(openMainWindowAtStartUp);
+    platform::onDesktopEnd(endAtDesktopRequest);
+    if (!Main())
+        return 1;
+    if (platform::desktopEnding())
+        endAtDesktopRequest(); // asked while starting up
+    else if (started)
+        started();
+    return QApplication::exec();
 }
 
 void frmMain::createControls()
@@ -373,7 +409,7 @@ void frmMain::StopTransfer()
 
 void frmMain::timInetCancel_Timer()
 {
-    if (Inet1->StillExecuting())
+    if (Inet1->StillExecuting() && !platform::desktopEnding()) // a logout does not wait for the reply
         return;
     Inet1->Cancel();
     timInetCancel->stop();

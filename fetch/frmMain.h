@@ -7,6 +7,8 @@
 #include <QGroupBox>
 #include <QWidget>
 
+#include <functional>
+
 class Inet;
 class Lamp;
 class QButtonGroup;
@@ -103,6 +105,9 @@ public:
     qint32 TimeOutMs = 0;      // the whole reply time-out
     qint32 TimeOutSpent = 0;   // the part of it covered by timer slices
 
+    // The EXIT button: cancels the transfer, then closes the window.
+    void cmdQuit_Click();
+
     // Closes the window from the program itself (after the quit path, or at the
     // limit); any other close is the user's and takes the quit path.
     void Unload();
@@ -147,7 +152,6 @@ private:
     bool storePicture(QByteArray &buffer);
     bool writeTempFile(const QByteArray &picture);
     void endCall();
-    void cmdQuit_Click();
     void timInetCancel_Timer();
     bool Form_Unload();
     void unloadOtherWindows();
@@ -161,3 +165,9 @@ private:
 
 // Opens the main window as start-up does: loaded, shown, the address box focused.
 void openMainWindowAtStartUp();
+// The desktop ends the program: the quit path, nothing asked, a changed
+// configuration not saved (as at an exit forced by the limit).
+void endAtDesktopRequest();
+// Starts the program and runs it until it ends; its exit code. `started`, when
+// given, runs once the main window is up (a scripted user in the tests).
+int runTolmara(const std::function<void()> &started = {});

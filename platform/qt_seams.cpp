@@ -1,14 +1,18 @@
 #include "platform/qt_seams.h"
 
+#include "platform/desktop_end.h"
+
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QLockFile>
 #include <QMessageBox>
 #include <QScreen>
 #include <QSettings>
-#include <QTimer>
+
+#include <cstdio>
 
 namespace platform {
 namespace {
@@ -59,10 +63,18 @@ Answer escapeAnswer(Buttons buttons)
     }
 }
 
+// The answer of a box that may not ask: the desktop is ending the program.
+Answer quietAnswer(Buttons buttons)
+{
+    return buttons == Buttons::YesNoCancel || buttons == Buttons::YesNo ? Answer::No : escapeAnswer(buttons);
+}
+
 } // namespace
 
 Answer QtMessageBoxes::show(const MessageBoxRequest &request)
 {
+    if (desktopEnding())
+        return quietAnswer(request.buttons);
     QMessageBox box(qtIcon(request.icon), request.title, request.text);
     QMessageBox::StandardButtons set;
     const QList<ButtonRow> rows = buttonRows(request.buttons);
@@ -73,6 +85,8 @@ Answer QtMessageBoxes::show(const MessageBoxRequest &request)
     if (request.foreground)
         box.setWindowFlag(Qt::WindowStaysOnTopHint);
     const int pressed = box.exec();
+    if (desktopEnding())
+        return quietAnswer(request.buttons);
     for (const ButtonRow &row : rows)
         if (pressed == row.button)
             return row.answer;
@@ -88,7 +102,9 @@ public:
         : QSettings(QSettings::NativeFormat, QSettings::UserScope, application)
     {
     }
-    // True when the file on disk is not the one this store read or wrote last.
+    // True when the file on disk is not the one this store read or wrote last:
+    // another running copy wrote it (say a series number it handed out), and
+    // reads must see that, not the copy this store read at start-up.
     bool changedOnDisk() const
     {
         const QFileInfo file(fileName());
@@ -100,35 +116,41 @@ public:
         m_modified = file.lastModified();
         m_size = file.size();
     }
-
-protected:
-    // Writes gather for a moment before they go to the file (which syncs the
-    // disk), so that start-up does not wait for the disk; the store writes the
-    // rest when it goes.
-    bool event(QEvent *event) override
+    // Writes what is pending (the file is replaced whole and synced to the
+    // disk); a failure names the keys it could not keep on the error output,
+    // each once.
+    void writeThrough()
     {
-        if (event->type() != QEvent::UpdateRequest)
-            return QSettings::event(event);
-        if (!m_writeDue) {
-            m_writeDue = true;
-            QTimer::singleShot(WriteDelayMs, this, [this] {
-                m_writeDue = false;
-                sync();
-                remember(); // the file as written is ours
-            });
+        sync();
+        remember();
+        if (status() == QSettings::NoError) {
+            m_unwritten.clear();
+            return;
         }
-        return true;
+        QStringList news;
+        for (const QString &key : std::as_const(m_unwritten))
+            if (!m_reported.contains(key))
+                news << key;
+        m_reported += news;
+        if (!news.isEmpty())
+            std::fprintf(stderr, "tolmara: could not write %s (read-only or full disk?): %s not kept\n",
+                         qPrintable(QDir::toNativeSeparators(fileName())), qPrintable(news.join(QLatin1String(", "))));
+    }
+    void noteWrite(const QString &key)
+    {
+        if (!m_unwritten.contains(key))
+            m_unwritten << key;
     }
 
 private:
-    static constexpr int WriteDelayMs = 2000;
     QDateTime m_modified;
     qint64 m_size = -1;
-    bool m_writeDue = false;
+    QStringList m_unwritten; // written since the last good sync
+    QStringList m_reported;
 };
 
 QtSettingsStore::QtSettingsStore(const QString &folder) : m_folder(folder) {}
-QtSettingsStore::~QtSettingsStore() = default; // each QSettings writes what is still pending
+QtSettingsStore::~QtSettingsStore() = default;
 
 QString QtSettingsStore::fileName(const QString &application) const
 {
@@ -168,8 +190,36 @@ QString QtSettingsStore::read(const QString &application, const QString &section
 void QtSettingsStore::write(const QString &application, const QString &section, const QString &key,
                             const QString &value)
 {
-    open(application).setValue(section + QLatin1Char('/') + key, value);
+    const QString path = section + QLatin1Char('/') + key;
+    OpenFile &file = static_cast<OpenFile &>(open(application));
+    file.setValue(path, value);
+    file.noteWrite(path);
+    if (m_batchDepth == 0)
+        file.writeThrough();
 }
+
+void QtSettingsStore::beginBatch() { ++m_batchDepth; }
+
+void QtSettingsStore::endBatch()
+{
+    if (m_batchDepth > 0 && --m_batchDepth == 0)
+        for (auto &[application, file] : m_open)
+            file->writeThrough();
+}
+
+bool QtSettingsStore::holdStartUp(const QString &application)
+{
+    const QString path = fileName(application) + QStringLiteral(".start");
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    auto lock = std::make_unique<QLockFile>(path);
+    lock->setStaleLockTime(0); // only a lock whose process has gone is stale
+    if (!lock->tryLock(StartUpWaitMs))
+        return false;
+    m_startUp = std::move(lock);
+    return true;
+}
+
+void QtSettingsStore::releaseStartUp() { m_startUp.reset(); }
 
 bool displayAvailable()
 {

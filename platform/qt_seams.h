@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 
+class QLockFile;
 class QSettings;
 
 namespace platform {
@@ -18,8 +19,9 @@ public:
 // QSettings: on Windows the registry (HKEY_CURRENT_USER\Software\<application>);
 // elsewhere an INI file, ~/.config/<application>.ini; one group a section. A
 // test can point it at an INI file in another folder on every platform. Each
-// store is read once and kept open; writes reach it a moment later and when the
-// store goes. An INI file changed by someone else meanwhile is read again.
+// store is read once and kept open; every write (or batch of writes) reaches the
+// disk before write() returns, the file replaced whole. An INI file changed by
+// someone else meanwhile is read again.
 class QtSettingsStore : public SettingsStore {
 public:
     explicit QtSettingsStore(const QString &folder = QString());
@@ -28,6 +30,10 @@ public:
                  const QString &defaultValue) override;
     void write(const QString &application, const QString &section, const QString &key,
                const QString &value) override;
+    void beginBatch() override;
+    void endBatch() override;
+    bool holdStartUp(const QString &application) override;
+    void releaseStartUp() override;
     // The INI file of the store (not used for the registry).
     QString fileName(const QString &application) const;
 
@@ -35,8 +41,12 @@ private:
     class OpenFile;
     QSettings &open(const QString &application);
 
+    static constexpr int StartUpWaitMs = 10000;
+
     QString m_folder;
     std::map<QString, std::unique_ptr<OpenFile>> m_open;
+    int m_batchDepth = 0;
+    std::unique_ptr<QLockFile> m_startUp;
 };
 
 class QtClipboard : public Clipboard {

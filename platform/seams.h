@@ -37,8 +37,16 @@ public:
     virtual ~SettingsStore() = default;
     virtual QString read(const QString &application, const QString &section, const QString &key,
                          const QString &defaultValue) = 0;
+    // The value is on disk when write returns, unless a batch is open.
     virtual void write(const QString &application, const QString &section, const QString &key,
                        const QString &value) = 0;
+    // Writes between these two reach the disk together when the outermost batch ends.
+    virtual void beginBatch() {}
+    virtual void endBatch() {}
+    // Keeps other copies of the program out of their start-up until released
+    // (their hold waits a while, then goes on without); false when it could not wait.
+    virtual bool holdStartUp(const QString &) { return true; }
+    virtual void releaseStartUp() {}
 };
 
 class Clipboard {
