@@ -240,6 +240,7 @@ void frmMain::createTimers()
     timToSkip = namedTimer(this, "timToSkip", 500);
     timBetweenSkips = namedTimer(this, "timBetweenSkips", 30);
     timInetCancel = namedTimer(this, "timInetCancel", 200);
+    timInetCancel->setTimerType(Qt::PreciseTimer); // a cancel ends within one tick of its time-out
     timTimeOut1 = namedTimer(this, "timTimeOut1", 30000);
     timTimeOut2 = namedTimer(this, "timTimeOut2", 30000);
     timOkToShift = namedTimer(this, "timOkToShift", 20);

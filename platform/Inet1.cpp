@@ -85,11 +85,15 @@ bool isNetworkFailure(QNetworkReply::NetworkError error)
 } // namespace
 
 Inet::Inet(QObject *parent)
-    : QObject(parent), m_manager(new QNetworkAccessManager(this)), m_watchdog(new QTimer(this))
+    : QObject(parent), m_manager(new QNetworkAccessManager(this)), m_watchdog(new QTimer(this)),
+      m_restEnd(new QTimer(this))
 {
     m_manager->setAutoDeleteReplies(false);
     m_watchdog->setInterval(250);
     connect(m_watchdog, &QTimer::timeout, this, &Inet::checkTimeOut);
+    m_restEnd->setSingleShot(true);
+    m_restEnd->setTimerType(Qt::PreciseTimer);
+    connect(m_restEnd, &QTimer::timeout, this, &Inet::checkTimeOut);
 }
 
 Inet::~Inet()
@@ -132,7 +136,7 @@ void Inet::Execute(const QString &url, const QString &operation)
         request.setSslConfiguration(tls);
     }
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
-    m_timeOutSet = qBound(0, RequestTimeout, INT_MAX / 1000);
+    m_timeOutSet = qBound(0, int(RequestTimeout), INT_MAX / 1000);
     request.setTransferTimeout(m_timeOutSet * 1000);
     m_rest = QDeadlineTimer(QDeadlineTimer::Forever);
 
@@ -199,6 +203,7 @@ void Inet::deliver(quint64 generation, int state)
     if (state == icError || state == icResponseCompleted) {
         m_executing = false;
         m_watchdog->stop();
+        m_restEnd->stop();
     }
     emit StateChanged(state);
 }
@@ -270,10 +275,15 @@ void Inet::checkTimeOut()
     // The network layer's own time-out covers the value Execute gave it. A value
     // set since (a cancel sets one) limits the whole rest of the request, so that a
     // server that keeps trickling cannot hold it open.
-    const int seconds = qBound(0, RequestTimeout, INT_MAX / 1000);
+    const int seconds = qBound(0, int(RequestTimeout), INT_MAX / 1000);
     if (seconds != m_timeOutSet) {
         m_timeOutSet = seconds;
-        m_rest = seconds == 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(qint64(seconds) * 1000);
+        m_restEnd->stop();
+        m_rest = QDeadlineTimer(QDeadlineTimer::Forever);
+        if (seconds != 0) {
+            m_rest = QDeadlineTimer(qint64(seconds) * 1000 - RequestTimeout.msSinceChange());
+            m_restEnd->start(int(qMax<qint64>(0, m_rest.remainingTime())));
+        }
     }
     if (m_rest.hasExpired())
         m_reply->abort(); // finishes the reply as timed out: see replyFinished
@@ -301,6 +311,7 @@ void Inet::Cancel()
     m_dataReportQueued = false;
     m_tooLarge = false;
     m_watchdog->stop();
+    m_restEnd->stop();
     dropReply();
 }
 

@@ -31,6 +31,7 @@
 
 #include <QByteArray>
 #include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -92,7 +93,25 @@ public:
     int RemotePort = 80;     // used when the address names no port
     int AccessType = 1;      // 1: direct connection, no proxy; otherwise the application's proxy
     int Protocol = 4;        // 4: HTTP
-    int RequestTimeout = 60; // seconds without any data before the transfer fails; 0: none
+    // Seconds without any data before the transfer fails; 0: none. The moment of
+    // the last change is kept: a change during a request bounds its rest from then.
+    class Seconds {
+    public:
+        Seconds(int value) : m_value(value) { m_changed.start(); }
+        Seconds &operator=(int value)
+        {
+            m_value = value;
+            m_changed.start();
+            return *this;
+        }
+        operator int() const { return m_value; }
+        qint64 msSinceChange() const { return m_changed.elapsed(); }
+
+    private:
+        int m_value;
+        QElapsedTimer m_changed;
+    };
+    Seconds RequestTimeout = 60;
     // A reply whose body grows beyond this many bytes fails the transfer, so that an
     // endless body cannot take all the memory.
     static constexpr qint64 MaxBodyBytes = qint64(1) << 30;
@@ -127,6 +146,7 @@ private:
     int m_timeOutSet = 0;            // RequestTimeout given to the network layer by Execute
     QDeadlineTimer m_rest;           // end of a request whose RequestTimeout changed meanwhile
     QTimer *m_watchdog;              // applies a RequestTimeout changed during a request
+    QTimer *m_restEnd;               // ends such a request on the dot
     QString m_responseInfo;
     Refusal m_refused = Refusal::None;
     QString m_refusedAddress;
