@@ -3,20 +3,20 @@
 //
 //   QT_QPA_PLATFORM=offscreen bench_display [width height [rounds]]
 
+#include "photo.h"
+
 #include "fetch/frmMain.h"
 #include "fetch/modfrmMain.h"
 #include "fetch/run_state.h"
 #include "platform/seams.h"
 
 #include <QApplication>
-#include <QBuffer>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
 #include <QImageReader>
 #include <QLabel>
 #include <QPainter>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -24,27 +24,6 @@
 #include <functional>
 
 namespace {
-
-// A camera-like picture: smooth shading with fine noise, so that the JPEG
-// has the size and the decoding work of a real photograph.
-QByteArray photo(QSize size)
-{
-    QImage image(size, QImage::Format_RGB32);
-    QRandomGenerator random(7);
-    for (int y = 0; y < size.height(); ++y) {
-        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
-        for (int x = 0; x < size.width(); ++x) {
-            const int noise = int(random.bounded(24));
-            line[x] = qRgb((x * 255 / size.width() + noise) & 255, (y * 255 / size.height() + noise) & 255,
-                           (x + y + noise) & 255);
-        }
-    }
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "JPEG", 90);
-    return bytes;
-}
 
 // The median of rounds timings of work, in milliseconds.
 double medianMs(int rounds, const std::function<void()> &work)
