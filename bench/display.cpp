@@ -1,5 +1,5 @@
-// How long a picture takes from the temporary file to the screen, beside
-// what decoding the same file alone takes.
+// How long a picture takes from the reply handler to the screen, beside what
+// decoding the same file alone takes.
 //
 //   QT_QPA_PLATFORM=offscreen bench_display [width height [rounds]]
 
@@ -71,6 +71,7 @@ int main(int argc, char **argv)
     window.show();
     RunState &run = runState();
     run.TempFilePath = path;
+    run.TempPicture = jpeg; // as the reply handler leaves it: shown from memory
     run.CurrentFileName = QStringLiteral("bench.jpg");
     ShowPic(true); // warms up the decoder and the window
     QCoreApplication::processEvents();
@@ -86,7 +87,7 @@ int main(int argc, char **argv)
     std::printf("picture %dx%d, %lld bytes, median of %d rounds\n", size.width(), size.height(),
                 static_cast<long long>(jpeg.size()), rounds);
     std::printf("  QImage decoding alone          %8.1f ms\n", decode);
-    std::printf("  temporary file to the screen   %8.1f ms  (%.2fx)\n", shown, shown / decode);
+    std::printf("  shown, captions and all        %8.1f ms  (%.2fx)\n", shown, shown / decode);
     std::printf("  picture box shows %dx%d\n", window.pictMain->pixmap().width(), window.pictMain->pixmap().height());
     return 0;
 }
