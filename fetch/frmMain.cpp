@@ -237,6 +237,7 @@ void frmMain::layOutControls()
 void frmMain::createTimers()
 {
     timCallGetNext = namedTimer(this, "timCallGetNext", 2000);
+    timCallGetNext->setTimerType(Qt::PreciseTimer); // the pace between calls, to the millisecond
     timToSkip = namedTimer(this, "timToSkip", 500);
     timBetweenSkips = namedTimer(this, "timBetweenSkips", 30);
     timInetCancel = namedTimer(this, "timInetCancel", 200);

@@ -33,9 +33,6 @@ void arm(QTimer *timer, qint32 milliseconds)
         timer->start();
 }
 
-// Bodies up to this size get their buffer in one piece.
-constexpr qsizetype MaxReservedBody = 256 * 1024 * 1024;
-
 void processEventsNow(QElapsedTimer &since)
 {
     QCoreApplication::processEvents();
@@ -158,27 +155,30 @@ void frmMain::GoGetIt()
 }
 
 // Reads the body chunk by chunk while the run and the transfer last. The
-// buffer starts with one placeholder byte that the first chunk replaces.
+// buffer starts with one placeholder byte that the first chunk replaces. The
+// chunks are consecutive slices of the control's one body buffer, so the
+// buffer is that body as far as it was read, and is taken over at the end
+// instead of being copied together chunk by chunk.
 QByteArray frmMain::readBody()
 {
     const int chunkSize = settings().BiteSize.IntGet();
-    QByteArray buffer(1, '\0');
-    // Room for the whole body at once when the server says how long it is.
-    bool announced = false;
-    const qsizetype length = Inet1->GetHeader(QStringLiteral("Content-Length")).toLongLong(&announced);
-    if (announced && length > 1 && length <= MaxReservedBody)
-        buffer.reserve(length);
+    qsizetype start = 0;  // where the buffer begins in the body
+    qsizetype length = 1; // the placeholder
+    qsizetype read = 0;   // of the body, given out as chunks
     QElapsedTimer sinceEvents;
     sinceEvents.start();
-    QByteArray chunk = Inet1->GetChunk(chunkSize, 1);
+    qsizetype chunk = Inet1->NextChunk(chunkSize).size();
     processEventsNow(sinceEvents);
     int count = 0;
-    while (!chunk.isEmpty() && runState().RunActive && TransferLive) {
-        if (buffer.size() == 1)
-            buffer.replace(0, 1, chunk); // the first chunk takes the placeholder's place
-        else
-            buffer.append(chunk);
-        chunk = Inet1->GetChunk(chunkSize, 1);
+    while (chunk > 0 && runState().RunActive && TransferLive) {
+        if (length == 1) { // the first chunk takes the placeholder's place
+            start = read;
+            length = chunk;
+        } else {
+            length += chunk;
+        }
+        read += chunk;
+        chunk = Inet1->NextChunk(chunkSize).size();
         processEventsSoon(sinceEvents);
         count += chunkSize;
         if (count == 4 * chunkSize) {
@@ -186,7 +186,13 @@ QByteArray frmMain::readBody()
             count = 0;
         }
     }
-    return buffer;
+    QByteArray body = Inet1->TakeBody();
+    if (read == 0 || body.size() < start + length)
+        return QByteArray(1, '\0'); // nothing read, or the body went with a cancel
+    if (start > 0)
+        return body.mid(start, length);
+    body.truncate(length);
+    return body;
 }
 
 // Cuts the picture after its end marker and keeps it in the temporary file,
@@ -207,9 +213,11 @@ bool frmMain::storePicture(QByteArray &buffer)
         buffer.truncate(buffer.size() - tail);
         run.TempFilePath = joinPath(settings().TempDir.VarGet().toString(), run.TempFileName);
         HoldTempPicture(run.TempFilePath); // so that another copy starting up leaves it alone
+        run.TempPicture = QByteArray();
         QFile::remove(run.TempFilePath);
         if (!writeTempFile(buffer))
             return false;
+        run.TempPicture = buffer; // shown and saved from memory, not read back
         emit pictureStored();
         run.SaveAvailable = true;
         run.StatusVerb = QStringLiteral("Requesting ");

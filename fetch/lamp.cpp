@@ -10,6 +10,8 @@ QColor Lamp::outColor() { return QApplication::palette().color(QPalette::Button)
 
 void Lamp::setFillColor(const QColor &color)
 {
+    if (color == m_fill)
+        return;
     m_fill = color;
     update();
 }

@@ -2,6 +2,7 @@
 // The one program-wide record of the current run, shared by the main window
 // and the sequencer, transfer, display and saving procedures.
 
+#include <QByteArray>
 #include <QPointer>
 #include <QString>
 
@@ -39,6 +40,7 @@ struct RunState {
     QString ContentType;
     QString TempFileName;
     QString TempFilePath;
+    QByteArray TempPicture; // what the reply handler wrote to the temporary file, kept in memory
     QString SavedStatus;
     qint16 StatusMaxLen = 0;
     QString PendingStatus;

@@ -10,6 +10,7 @@
 #include <QUrl>
 
 #include <climits>
+#include <utility>
 #include <cstdio>
 
 namespace {
@@ -20,6 +21,11 @@ const QString cannotConnect = QStringLiteral("Cannot connect");
 // The network layer calls its own time-out "Operation canceled"; say what happened.
 const QString timedOut = QStringLiteral("Request timed out");
 const QString noTls = QStringLiteral("no TLS support on this system (the OpenSSL library is missing)");
+
+// Bodies up to this size get their buffer in one piece when their length is announced.
+constexpr qint64 MaxReservedBody = 256 * 1024 * 1024;
+
+constexpr qint64 ReadAhead = 256 * 1024;
 
 // Redirects followed at most; at the end of a longer chain the last redirect is the reply.
 constexpr int MaxRedirects = 5;
@@ -142,6 +148,9 @@ void Inet::Execute(const QString &url, const QString &operation)
 
     const QByteArray verb = operation.trimmed().isEmpty() ? QByteArray("GET") : operation.trimmed().toUpper().toLatin1();
     m_reply = verb == "GET" ? m_manager->get(request) : m_manager->sendCustomRequest(request, verb);
+    // The network layer reads ahead of us by this much at most, so a body is
+    // held once, in m_body, and not a second time on its way there.
+    m_reply->setReadBufferSize(ReadAhead);
     watch(m_reply);
     m_watchdog->start();
     // The first report, like every other, comes from the event loop.
@@ -158,19 +167,24 @@ void Inet::watch(QNetworkReply *reply)
     });
     connect(reply, &QNetworkReply::metaDataChanged, this, [this, reply] {
         post(icReceivingResponse);
-        refuseLargeBody(reply->header(QNetworkRequest::ContentLengthHeader).toLongLong());
+        const qint64 announced = reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
+        refuseLargeBody(announced);
+        if (announced > 0 && announced <= MaxReservedBody)
+            m_body.reserve(announced);
     });
     // One report for each block of data that arrives, so that a slow body keeps the
     // caller's inactivity time-out alive; blocks that arrive while a report still
     // waits share it.
     connect(reply, &QNetworkReply::readyRead, this, [this, reply] {
-        refuseLargeBody(reply->bytesAvailable());
+        refuseLargeBody(m_body.size() + reply->bytesAvailable());
+        drain(reply);
         if (!m_dataReportQueued && !m_tooLarge) {
             m_dataReportQueued = true;
             post(icResponseReceived);
         }
     });
     connect(reply, &QNetworkReply::redirected, this, [this](const QUrl &next) {
+        releaseBody(); // what came with the redirect is not the response
         m_hop = next.toString();
         m_requestSent = false; // the next hop has its own connection to make
     });
@@ -186,6 +200,27 @@ void Inet::refuseLargeBody(qint64 size)
         return;
     m_tooLarge = true;
     m_reply->abort(); // finishes the reply: see replyFinished
+    releaseBody();
+}
+
+void Inet::releaseBody()
+{
+    m_body = QByteArray();
+    m_bodyRead = 0;
+}
+
+// Moves what the network layer holds of the body into m_body.
+void Inet::drain(QNetworkReply *reply)
+{
+    if (m_tooLarge || reply != m_reply || !reply->isOpen())
+        return;
+    const qint64 available = reply->bytesAvailable();
+    if (available <= 0)
+        return;
+    const qsizetype held = m_body.size();
+    m_body.resize(held + available);
+    const qint64 got = reply->read(m_body.data() + held, available);
+    m_body.resize(held + qMax<qint64>(got, 0));
 }
 
 void Inet::post(int state)
@@ -231,6 +266,7 @@ void Inet::replyFinished(QNetworkReply *reply)
     // and even when the connection broke off in the body; a time-out is not.
     const bool answered = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
     if (error == QNetworkReply::NoError || (answered && !isTimeOutOrAbort(error))) {
+        drain(reply);
         post(icResponseCompleted);
         return;
     }
@@ -296,11 +332,23 @@ QString Inet::GetHeader(const QString &name) const
     return QString::fromLatin1(m_reply->rawHeader(name.toLatin1()));
 }
 
-QByteArray Inet::GetChunk(int size, int)
+QByteArray Inet::GetChunk(int size, int) { return NextChunk(size).toByteArray(); }
+
+QByteArrayView Inet::NextChunk(int size)
 {
     if (!m_reply || size <= 0 || !m_reply->isOpen())
-        return QByteArray();
-    return m_reply->read(size);
+        return QByteArrayView();
+    const qsizetype length = qMin<qsizetype>(size, m_body.size() - m_bodyRead);
+    const QByteArrayView chunk(m_body.constData() + m_bodyRead, length);
+    m_bodyRead += length;
+    return chunk;
+}
+
+QByteArray Inet::TakeBody()
+{
+    QByteArray body = std::exchange(m_body, QByteArray());
+    body.truncate(std::exchange(m_bodyRead, 0));
+    return body;
 }
 
 void Inet::Cancel()
@@ -313,6 +361,7 @@ void Inet::Cancel()
     m_watchdog->stop();
     m_restEnd->stop();
     dropReply();
+    releaseBody();
 }
 
 void Inet::dropReply()

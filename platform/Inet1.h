@@ -72,6 +72,12 @@ public:
     QString GetHeader(const QString &name) const;
     // The next at most size bytes of the body (dataType 1: byte array); empty when exhausted.
     QByteArray GetChunk(int size, int dataType = 1);
+    // The same as a view into the body, valid until the body is taken or the
+    // request ends; nothing is copied.
+    QByteArrayView NextChunk(int size);
+    // Hands over the body, as far as it was read with the two above; the
+    // control keeps nothing of it.
+    QByteArray TakeBody();
     bool StillExecuting() const { return m_executing; }
     // Aborts the operation in progress and forgets its reply; harmless when none is.
     // Emits nothing.
@@ -130,6 +136,8 @@ private:
     void replyFinished(QNetworkReply *reply);
     void checkTimeOut();
     void refuseLargeBody(qint64 size);
+    void drain(QNetworkReply *reply);
+    void releaseBody();
     void refuse(Refusal refusal, const QString &address, const QString &reason);
     void dropReply();
 
@@ -147,6 +155,10 @@ private:
     QDeadlineTimer m_rest;           // end of a request whose RequestTimeout changed meanwhile
     QTimer *m_watchdog;              // applies a RequestTimeout changed during a request
     QTimer *m_restEnd;               // ends such a request on the dot
+    // The body as it arrives: the network layer's buffer is emptied into it, so
+    // the body is held once.
+    QByteArray m_body;
+    qsizetype m_bodyRead = 0; // how much of it the chunks gave out
     QString m_responseInfo;
     Refusal m_refused = Refusal::None;
     QString m_refusedAddress;

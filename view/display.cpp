@@ -7,6 +7,7 @@
 #include "view/frmLarge.h"
 #include "view/picture_mouse.h"
 
+#include <QBuffer>
 #include <QImageReader>
 #include <QLabel>
 #include <QLineEdit>
@@ -40,11 +41,20 @@ qint32 countedUp(qint32 counter)
     return next;
 }
 
-QPixmap loadPicture(const QString &path)
+QPixmap loadPicture(const QString &path, const QByteArray &held)
 {
-    if (path.isEmpty())
+    QBuffer memory;
+    QImageReader reader;
+    if (!held.isEmpty()) {
+        memory.setData(held);
+        memory.open(QIODevice::ReadOnly);
+        reader.setDevice(&memory);
+    } else if (!path.isEmpty()) {
+        reader.setFileName(path);
+    } else {
         return QPixmap();
-    QImageReader reader(path, "jpeg");
+    }
+    reader.setFormat("jpeg");
     reader.setAutoDetectImageFormat(false);
     reader.setAllocationLimit(PictureMemoryLimit);
     QImage image;
@@ -80,7 +90,7 @@ void ShowPic(bool good)
     }
     QPixmap picture;
     if (good) {
-        picture = loadPicture(run.TempFilePath);
+        picture = loadPicture(run.TempFilePath, run.TempPicture);
         if (picture.isNull()) {
             showCorruptFile(*w);
             return;

@@ -4,14 +4,16 @@
 
 #include <QString>
 
+class QByteArray;
 class QLabel;
 class QPixmap;
 class frmMain;
 
-// Decodes a JPEG file at its real size. Null when the file is not a JPEG
-// picture, cannot be decoded, or would be too large to hold; an empty path
+// Decodes a JPEG picture at its real size: the bytes held in memory, or the
+// file at path when none are held. Null when it is not a JPEG picture, cannot
+// be decoded, or would be too large to hold; an empty path with nothing held
 // gives a null picture too.
-QPixmap loadPicture(const QString &path);
+QPixmap loadPicture(const QString &path, const QByteArray &held = QByteArray());
 
 // Puts a picture into a picture box at its real size, at the top left corner
 // of its clipping box. A null picture empties the box and leaves it in place.

@@ -136,35 +136,62 @@ QString savePath(const QString &directory, const QString &fileName)
     return directory + (hasSeparator ? QString() : QString(QDir::separator())) + fileName;
 }
 
-QString copyWhole(const QString &source, const QString &destination)
+namespace {
+
+// Fills a temporary file beside destination with fill, which returns the
+// fault's description or empty text, and on success gives it the
+// destination's name in one step, synced to disk first.
+template <typename Fill>
+QString replaceWhole(const QString &destination, Fill fill)
 {
-    QFile in(source);
-    if (!in.open(QIODevice::ReadOnly))
-        return in.errorString();
     if (const QString refusal = readOnlyRefusal(destination); !refusal.isEmpty())
         return refusal;
     QSaveFile out(destination);
     if (!out.open(QIODevice::WriteOnly))
         return out.errorString();
-    QByteArray block(CopyBlockSize, Qt::Uninitialized);
-    for (;;) {
-        const qint64 got = in.read(block.data(), block.size());
-        if (got < 0)
-            return in.errorString();
-        if (got == 0)
-            break;
-        if (!writeAll(out, block.constData(), got))
-            return out.errorString();
-    }
+    if (const QString fault = fill(out); !fault.isEmpty())
+        return fault;
     if (!out.commit())
         return out.errorString();
     return QString();
 }
 
+// The temporary picture is saved from memory when it is held there.
+QString saveOnce(const QString &source, const QString &destination)
+{
+    const RunState &run = runState();
+    if (source != run.TempFilePath || run.TempPicture.isEmpty())
+        return copyWhole(source, destination);
+    return replaceWhole(destination, [&run](QSaveFile &out) {
+        return writeAll(out, run.TempPicture.constData(), run.TempPicture.size()) ? QString() : out.errorString();
+    });
+}
+
+} // namespace
+
+QString copyWhole(const QString &source, const QString &destination)
+{
+    QFile in(source);
+    if (!in.open(QIODevice::ReadOnly))
+        return in.errorString();
+    return replaceWhole(destination, [&in](QSaveFile &out) {
+        QByteArray block(CopyBlockSize, Qt::Uninitialized);
+        for (;;) {
+            const qint64 got = in.read(block.data(), block.size());
+            if (got < 0)
+                return in.errorString();
+            if (got == 0)
+                return QString();
+            if (!writeAll(out, block.constData(), got))
+                return out.errorString();
+        }
+    });
+}
+
 bool CopyPicture(const QString &source, const QString &destination)
 {
     for (;;) {
-        const QString error = copyWhole(source, destination);
+        const QString error = saveOnce(source, destination);
         if (error.isEmpty())
             return true;
         if (settings().BeepOK.boolGet())

@@ -7,8 +7,9 @@
 #include <QString>
 
 // Copies source over destination, whole or not at all: the copy goes to a
-// temporary file beside the destination, which then takes the destination's
-// name in one step. On failure beeps (when so set) and offers Retry and
+// temporary file beside the destination, which is synced to disk and then
+// takes the destination's name in one step. The run's temporary picture is
+// written from the bytes held in memory instead of being read back. On failure beeps (when so set) and offers Retry and
 // Cancel; false once the user cancels.
 bool CopyPicture(const QString &source, const QString &destination);
 

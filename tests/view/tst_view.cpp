@@ -207,10 +207,11 @@ void ViewTest::saveFile_data()
     QTest::addColumn<bool>("autoChecked");
     QTest::addColumn<bool>("fullAuto");
     QTest::addColumn<bool>("pressed");
-    QTest::addColumn<QString>("naming");  // own, time stamp, series (wins over a time stamp), "..": own name
+    QTest::addColumn<QString>("naming");  // own, time stamp, series (wins over a time stamp), "..", held: own name
     QTest::addColumn<QString>("outcome"); // the file saved, the hand controls on, or what the user is told
     const QString refused = u"Not saved: the picture's name \"..\" is not a file name"_s;
     QTest::newRow("Full Auto") << true << true << false << "own" << "pic007.jpg";
+    QTest::newRow("Full Auto, temporary file gone") << true << true << false << "held" << "pic007.jpg";
     QTest::newRow("SAVE, time stamp") << false << false << true << "time stamp" << "7Mar-9_5$4.jpg";
     QTest::newRow("SAVE, tenth of a series") << false << true << true << "series" << "$eries12_10.jpg";
     QTest::newRow("by hand, Full Auto set") << false << true << false << "own" << "controls on";
@@ -227,12 +228,17 @@ void ViewTest::saveFile()
     QFETCH(QString, naming);
     QFETCH(QString, outcome);
     OpenWindow w;
-    putPicture(makeJpeg(QSize(20, 20)), false);
+    const QByteArray picture = makeJpeg(QSize(20, 20));
+    putPicture(picture, false);
+    RunState &run = runState();
+    if (naming == u"held"_s) { // kept in memory by the reply handler: saved from there
+        run.TempPicture = picture;
+        QFile::remove(run.TempFilePath);
+    }
     w->chkAuto->setChecked(autoChecked);
     settings().SaveFullAuto.boolLet(fullAuto);
     settings().SaveAsSeries.boolLet(naming == u"series"_s);
     settings().AutoRename.boolLet(naming == u"series"_s || naming == u"time stamp"_s);
-    RunState &run = runState();
     if (naming == u".."_s)
         run.CurrentFileName = naming;
     run.SavePressed = pressed;
@@ -247,6 +253,8 @@ void ViewTest::saveFile()
 
     const bool saved = outcome.endsWith(u".jpg"_s);
     QCOMPARE(filesIn(fixture::saveDir(w.seams)), saved ? QStringList{outcome} : QStringList());
+    if (saved)
+        QCOMPARE(fixture::fileBytes(savePath(fixture::saveDir(w.seams), outcome)), picture);
     QCOMPARE(w->txtTotal->text(), saved ? u"1"_s : u"0"_s);
     for (QWidget *control : handControls)
         QCOMPARE(control->isEnabled(), outcome == u"controls on"_s);
