@@ -150,7 +150,8 @@ QList<QWidget *> formControls(QWidget *form)
     const QList<QWidget *> all = form->findChildren<QWidget *>();
     for (QWidget *w : all) {
         const QString name = w->objectName();
-        if (!name.isEmpty() && !name.startsWith(QLatin1String("qt_")))
+        // A dialog opened over the window is a window of its own, with its own controls.
+        if (!name.isEmpty() && !name.startsWith(QLatin1String("qt_")) && w->window() == form)
             controls.append(w);
     }
     return controls;
@@ -220,13 +221,17 @@ void HangUpRas()
 {
     // The configured connection name: nothing in the program sets it.
     const QString configuredName;
-    QList<platform::DialUpConnection> connections;
-    startup().LastRasResult = platform::dialUp().enumConnections(connections);
-    if (startup().LastRasResult != 0)
-        return;
-    for (const platform::DialUpConnection &connection : connections) {
-        if (ByteToString(connection.entryName).trimmed() == configuredName.trimmed())
-            startup().LastRasResult = platform::dialUp().hangUp(connection.handle);
+    try {
+        QList<platform::DialUpConnection> connections;
+        startup().LastRasResult = platform::dialUp().enumConnections(connections);
+        if (startup().LastRasResult != 0)
+            return;
+        for (const platform::DialUpConnection &connection : connections) {
+            if (ByteToString(connection.entryName).trimmed() == configuredName.trimmed())
+                startup().LastRasResult = platform::dialUp().hangUp(connection.handle);
+        }
+    } catch (const Fault &f) {
+        BugAlert(QStringLiteral("HangUpRas"), QString(), f);
     }
 }
 

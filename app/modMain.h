@@ -49,7 +49,8 @@ QString MakeTempName();
 bool DefaultDirsExist();
 void CreateDefaultDirs();
 
-// The controls of a window: its named descendant widgets, without Qt's own inner parts.
+// The controls of a window: its named descendant widgets, without Qt's own inner parts
+// and without the dialogs opened over it (windows of their own) and their controls.
 QList<QWidget *> formControls(QWidget *form);
 void ScaleForm(QWidget *form, double factor, bool scaleFormItself);
 // Top, left, height and width in twips, multiplied by the profile's ScaleFactor.

@@ -167,9 +167,8 @@ void SaveMagURLs()
     int next = 0;
     while (next <= 9 && !store::read(rowKey("Round", next), QString()).isEmpty())
         ++next;
-    for (int row = 0; row <= 9 && next < 10; ++row) {
-        if (m.Round.strGet(row).isEmpty())
-            continue;
+    // The rows are written up to the first empty one: rows after a gap are never fired.
+    for (int row = 0; row <= 9 && next < 10 && !m.Round.strGet(row).isEmpty(); ++row) {
         store::write(rowKey("Round", next), m.Round.strGet(row));
         store::write(rowKey("Mask", next), m.Mask.strGet(row));
         store::write(rowKey("Group", next), m.Group.strGet(row));

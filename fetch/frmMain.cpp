@@ -261,8 +261,6 @@ void frmMain::Form_Load()
     try {
         LookUpRegistry();
         RemoveLeftoverTempPictures(settings().TempDir.VarGet().toString());
-        if (magazine().MagRowCount > 0)
-            SetcmdMagCaption(); // the rows kept from the last run wait on the button
         timInetCancel->stop();
         timCallGetNext->stop();
         cmdSkip->setEnabled(false);
@@ -460,8 +458,8 @@ bool frmMain::Form_Unload()
 {
     try {
         SaveMagURLs();
-    } catch (const Fault &) {
-        // errors at unload are ignored
+    } catch (const Fault &f) {
+        BugAlert(QStringLiteral("SaveMagURLs"), QString(), f);
     }
     if (settings().ConfigChanged.boolGet() && UpdateConfig() == 1) {
         setWindowTitle(QStringLiteral("Tolmara2"));

@@ -295,8 +295,9 @@ void frmMain::txtMask_GotFocus()
 }
 
 // A click on "Mask" or a double-click on the mask: the advanced editor when
-// the mask fits the address, else a freshly derived mask, which then opens in
-// the editor when the address allows one.
+// the mask fits the address, else (after the check's box, also for an empty
+// mask) a freshly derived mask, which then opens in the editor when the
+// address allows one.
 void frmMain::openMaskEditor()
 {
     const QString address = txtAddress->text();
@@ -304,8 +305,7 @@ void frmMain::openMaskEditor()
         txtMask->clear();
     } else if (address != QStringLiteral("Enter JPEG URL Here!")) {
         const QString base = sTrimExtensions(sRetFNames(address, QStringLiteral("/")));
-        // An empty mask needs no check (and no box saying so): one is derived.
-        if (base != ErrorText && !txtMask->text().isEmpty() && bIsValidMask(base, txtMask->text(), GroupText)) {
+        if (base != ErrorText && bIsValidMask(base, txtMask->text(), GroupText)) {
             LoadMaskEdit();
             return;
         }

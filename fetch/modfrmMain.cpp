@@ -7,7 +7,6 @@
 #include "fetch/controls.h"
 #include "fetch/frmMain.h"
 #include "fetch/run_state.h"
-#include "magazine/frmMagazine.h"
 #include "platform/Inet1.h"
 #include "platform/seams.h"
 
@@ -29,7 +28,6 @@ void fireMagazineShot(frmMain &w)
     w.txtMask->setToolTip(QStringLiteral("Group [") + w.GroupText + QStringLiteral("] "));
     (m.Direct.boolGet(0) ? w.optFoward : w.optBack)->setChecked(true);
     ShiftMagazine();
-    magazineShotFired(w.txtAddress->text());
     if (m.MagRowCount == std::numeric_limits<qint16>::min())
         throw Fault(fault::Overflow);
     m.MagRowCount = qint16(m.MagRowCount - 1);

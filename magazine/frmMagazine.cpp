@@ -8,7 +8,6 @@
 #include "fetch/controls.h"
 #include "fetch/frmMain.h"
 #include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
 #include "platform/seams.h"
 #include "ui/frmMaskEdit.h"
 
@@ -25,8 +24,6 @@
 #include <QTimer>
 
 namespace {
-
-QPointer<frmMagazine> theMagazine;
 
 const QString Forward = QStringLiteral("+");
 const QString Back = QStringLiteral("-");
@@ -256,19 +253,18 @@ int frmMagazine::iMoveDownOne(int row)
     return filledRows();
 }
 
-// A click on a row number puts the clipboard's address into a new row there.
+// A click on a row number puts the clipboard's text, even none, into a new
+// row there.
 void frmMagazine::lblRow_Click(int row)
 {
     const QString text = platform::clipboard().text().trimmed();
-    if (text.isEmpty()) {
-        showStatus(QStringLiteral("The Clipboard Is Empty - Copy A JPEG URL First"));
-        return;
-    }
     const bool lastFilled = !txtURL[Rows - 1]->text().trimmed().isEmpty();
     iMoveDownOne(row);
     txtURL[row]->setText(text);
     txtURL[row]->setCursorPosition(0);
-    QString status = QStringLiteral("Row %1 Pasted From Clipboard").arg(rowText(row));
+    QString status = (text.isEmpty() ? QStringLiteral("Empty Row %1 Put In - The Clipboard Holds No Text")
+                                     : QStringLiteral("Row %1 Pasted From Clipboard"))
+                         .arg(rowText(row));
     if (lastFilled && row < Rows - 1)
         status += QStringLiteral(" - Row 10 Was Pushed Out");
     showStatus(status);
@@ -392,48 +388,48 @@ void frmMagazine::syncRows()
     }
 }
 
-// Checks every row with an address; on the first bad one the focus goes to
-// the box to fix and the result is false.
-bool frmMagazine::checkRows()
+// Checks a row that has an address; when it is bad, the box to fix gets the
+// focus and the result is false.
+bool frmMagazine::checkRow(int row)
 {
-    for (int row = 0; row < Rows; ++row) {
-        const QString url = txtURL[row]->text();
-        if (url.isEmpty())
-            continue;
-        if (!sIsValidURLb(url)) {
-            txtURL[row]->setFocus();
-            showStatus(QStringLiteral("Fix The URL In Row %1, Or Eject It").arg(rowText(row)));
-            return false;
-        }
-        const QString name = sTrimExtensions(sRetFNames(url, QStringLiteral("/")));
-        if (name == ErrorText)
-            throw Fault(fault::InvalidCall);
-        if (!bIsValidMask(name, txtMask[row]->text(), m_groups[row])) {
-            txtMask[row]->setFocus();
-            showStatus(QStringLiteral("Fix The Mask In Row %1 - Double Click For Advanced Edit").arg(rowText(row)));
-            return false;
-        }
+    const QString url = txtURL[row]->text();
+    if (!sIsValidURLb(url)) {
+        txtURL[row]->setFocus();
+        showStatus(QStringLiteral("Fix The URL In Row %1, Or Eject It").arg(rowText(row)));
+        return false;
+    }
+    const QString name = sTrimExtensions(sRetFNames(url, QStringLiteral("/")));
+    if (name == ErrorText)
+        throw Fault(fault::InvalidCall);
+    if (!bIsValidMask(name, txtMask[row]->text(), m_groups[row])) {
+        txtMask[row]->setFocus();
+        showStatus(QStringLiteral("Fix The Mask In Row %1 - Double Click For Advanced Edit").arg(rowText(row)));
+        return false;
     }
     return true;
 }
 
-// Replaces the magazine with the rows as they stand, when every one of them
-// is good; otherwise nothing is stored and the dialog stays open.
+// Stores the rows into the magazine from the top. A bad row stops it there:
+// the rows above it are stored, the count and the main window's button stay
+// as they were, and the dialog stays open on the box to fix.
 void frmMagazine::cmdOK_Click()
 {
     try {
         syncRows();
-        if (!checkRows())
-            return;
         MagazineArrays &m = magazine();
         qint16 count = 0;
         for (int row = 0; row < Rows; ++row) {
             const Row values = readRow(row);
-            m.Round.strLet(row, values.url);
-            m.Mask.strLet(row, values.url.isEmpty() ? QString() : values.mask);
-            if (values.url.isEmpty())
+            if (values.url.isEmpty()) {
+                m.Round.strLet(row, QString());
+                m.Mask.strLet(row, QString());
                 continue;
+            }
             ++count;
+            if (!checkRow(row))
+                return;
+            m.Round.strLet(row, values.url);
+            m.Mask.strLet(row, values.mask);
             m.Group.strLet(row, values.group);
             m.Direct.boolLet(row, values.forward);
         }
@@ -449,7 +445,8 @@ void frmMagazine::cmdOK_Click()
     }
 }
 
-// Sends row 1 to the main window, starts it, and accepts the rows.
+// Sends row 1 to the main window, starts it (which stops a running series
+// instead), and accepts the rows.
 void frmMagazine::cmdFireOne_Click()
 {
     try {
@@ -459,10 +456,6 @@ void frmMagazine::cmdFireOne_Click()
         syncRows();
         if (txtURL[0]->text().isEmpty()) {
             platform::msgBox(QStringLiteral("Row 1 is empty!"), QStringLiteral("OOPS!"), platform::Icon::Information);
-            return;
-        }
-        if (runState().RunActive) {
-            showStatus(QStringLiteral("A Series Is Running - Press STOP First, Then Fire One"));
             return;
         }
         const Row first = readRow(0);
@@ -489,25 +482,10 @@ frmMagazine *openMagazine(frmMain &main)
 {
     main.cmdLoadMag->setEnabled(false);
     auto *dialog = new frmMagazine(&main);
-    theMagazine = dialog;
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->Form_Load();
     dialog->move(main.geometry().center() - dialog->rect().center());
     dialog->show();
     dialog->activateWindow();
     return dialog;
-}
-
-void frmMagazine::shotFired(const QString &url)
-{
-    if (txtURL[0]->text().trimmed() != url)
-        return;
-    const int left = iMoveUpOne(0);
-    showStatus(QStringLiteral("Row 1 Was Fired - %1 Left").arg(left));
-}
-
-void magazineShotFired(const QString &url)
-{
-    if (theMagazine)
-        theMagazine->shotFired(url);
 }

@@ -2,7 +2,8 @@
 // The magazine dialog: up to ten start addresses with their masks and
 // directions, which the sequencer fires one after another at the failed-call
 // limit. The rows live in the program-wide magazine arrays; the dialog edits a
-// copy of them and replaces them as a whole when the user accepts.
+// copy of them as they were when it opened (the shots fired meanwhile leave it
+// alone) and stores its rows, from the top, when the user accepts.
 
 #include <QElapsedTimer>
 #include <QString>
@@ -27,9 +28,6 @@ public:
     void Form_Load();
     // Set when the advanced mask editor handed a mask back for a row.
     bool bMagMaskEditCallBack = false;
-    // The sequencer fired the magazine's first row: an open dialog that shows
-    // it first drops it, so that accepting does not load it again.
-    void shotFired(const QString &url);
     // The group string kept for a row's mask.
     QString rowGroup(int row) const { return m_groups.at(row); }
 
@@ -82,7 +80,7 @@ private:
     void CallMaskEdit(int row);
     void takeEditedMask(int row);
     void syncRows();
-    bool checkRows();
+    bool checkRow(int row);
     void cmdOK_Click();
     void cmdFireOne_Click();
 
@@ -96,5 +94,3 @@ private:
 // Opens the magazine over the main window; the main window's magazine button
 // stays disabled until the dialog closes.
 frmMagazine *openMagazine(frmMain &main);
-// Tells the open magazine, if any, that the sequencer fired url.
-void magazineShotFired(const QString &url);

@@ -356,24 +356,17 @@ void frmConfig::defaultDir(const QString &name, const QString &kind, QString &pe
     label->setText(sFitPath(pending));
 }
 
-// The box holds digits only (or nothing, which is 0) and the number fits;
-// otherwise says so, puts the focus on the box and gives false.
-bool frmConfig::numberAccepted(QLineEdit *box, const QString &what, qint32 &value)
+// The box holds digits only (or nothing, which is 0); otherwise says so,
+// puts the focus on the box and gives false.
+bool frmConfig::digitsAccepted(QLineEdit *box, const QString &what)
 {
-    QString problem;
-    std::optional<qint32> number;
-    if (!isAllDigits(box->text()))
-        problem = what + QStringLiteral(" Value Requires Positive Number!");
-    else if (!(number = roundToInt32(leadingNumber(box->text()))))
-        problem = what + QStringLiteral(" Value Is Too Large!");
-    if (!problem.isEmpty()) {
-        platform::msgBox(problem, InvalidEntryTitle, platform::Icon::Exclamation);
-        box->setFocus();
-        box->selectAll();
-        return false;
-    }
-    value = *number;
-    return true;
+    if (isAllDigits(box->text()))
+        return true;
+    platform::msgBox(what + QStringLiteral(" Value Requires Positive Number!"), InvalidEntryTitle,
+                     platform::Icon::Exclamation);
+    box->setFocus();
+    box->selectAll();
+    return false;
 }
 
 void frmConfig::cmdSet_Click()
@@ -381,14 +374,19 @@ void frmConfig::cmdSet_Click()
     if (m_unloading)
         return;
     try {
-        qint32 timeOut = 0;
-        qint32 overRun = 0;
-        if (!numberAccepted(txtTimeOut, QStringLiteral("Timeout"), timeOut)
-            || !numberAccepted(txtOverRun, QStringLiteral("Over Run"), overRun))
+        if (!digitsAccepted(txtTimeOut, QStringLiteral("Timeout"))
+            || !digitsAccepted(txtOverRun, QStringLiteral("Over Run")))
             return;
+        // A number too large for the record is an overflow, reported by the handler below.
+        const auto number = [](const QLineEdit *box) {
+            const std::optional<qint32> value = roundToInt32(leadingNumber(box->text()));
+            if (!value)
+                throw Fault(fault::Overflow);
+            return *value;
+        };
         Settings &s = settings();
-        s.TimeOut.LongLet(timeOut);
-        s.IncLimit.LongLet(overRun);
+        s.TimeOut.LongLet(number(txtTimeOut));
+        s.IncLimit.LongLet(number(txtOverRun));
         s.BiteSize.IntLet(qint16(m_chunkSizes->checkedId()));
         if (SaveDirChosen) {
             s.SaveDir.VarLet(SaveDirPending);
@@ -417,8 +415,10 @@ void frmConfig::cmdSet_Click()
     }
 }
 
-// Tips off: the main window, the projector and the magazine lose theirs; on:
-// the main window puts its tips back.
+// Tips off: the main window and the projector lose theirs, and the magazine
+// when the main window's magazine button is on; while the magazine is open
+// that button is off, so an open magazine keeps its tips. On: the main window
+// puts its tips back.
 void frmConfig::restoreToolTips()
 {
     frmMain *main = frmMain::instance();

@@ -97,7 +97,7 @@ private:
     void txtOverRun_Change();
     void Form_Unload();
     void showRecordDir(PathLabel *label, const QString &key);
-    bool numberAccepted(QLineEdit *box, const QString &what, qint32 &value);
+    bool digitsAccepted(QLineEdit *box, const QString &what);
     void restoreToolTips();
     void browse(bool saveMode);
     void defaultDir(const QString &name, const QString &kind, QString &pending, PathLabel *label);

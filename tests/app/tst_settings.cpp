@@ -1,3 +1,4 @@
+#include "app/bug_alert.h"
 #include "app/main_window_link.h"
 #include "app/paths.h"
 #include "app/settings.h"
@@ -48,7 +49,6 @@ void SettingsTest::loadAndSave_data()
     QTest::newRow("TimeOut bare e") << "TimeOut" << "3e" << "3" << false;
     QTest::newRow("ToolTips mixed case") << "ToolTips" << "True" << "FALSE" << false;
     QTest::newRow("AutoRename default") << "AutoRename" << QString() << "FALSE" << false;
-    QTest::newRow("SaveFullAuto empty") << "SaveFullAuto" << "" << "FALSE" << false;
     QTest::newRow("AddDelay") << "AddDelay" << "TRUE" << "TRUE" << false;
     QTest::newRow("MagFeed default") << "MagFeed" << QString() << "TRUE" << false;
     QTest::newRow("MagFeed FALSE") << "MagFeed" << "FALSE" << "FALSE" << false;
@@ -75,8 +75,15 @@ void SettingsTest::loadAndSave()
     QTEST(seams.stored(key), "saved");
 }
 
+// A store whose every write is a fault.
+struct RefusingStore : platform::QtSettingsStore {
+    using QtSettingsStore::QtSettingsStore;
+    void write(const QString &, const QString &, const QString &, const QString &) override { throw Fault(fault::InvalidCall); }
+};
+
 // The load takes the rows and clears them in the store; saving appends the rows that
-// are set after those still stored, up to ten in all, and only when the first row is set.
+// are set after those still stored, up to ten in all, and only when the first row is set. A
+// fault in writing them at quit is reported.
 void SettingsTest::magazineRows()
 {
     fakes::TestSeams seams;
@@ -95,12 +102,18 @@ void SettingsTest::magazineRows()
     SaveMagURLs();
     QCOMPARE(seams.stored(QStringLiteral("Round9")), QStringLiteral("new0"));
     QCOMPARE(seams.stored(QStringLiteral("Round10")), QStringLiteral("<missing>"));
+    RefusingStore refusing(seams.folder.path());
+    QPointer<frmMain> window = fixture::openMainWindow(seams);
+    platform::install(static_cast<platform::SettingsStore *>(&refusing));
+    seams.boxes.expect(platform::Answer::Ok);
+    window->Unload();
+    QVERIFY(seams.boxes.texts().value(0).contains(u"in SaveMagURLs:\r\nInvalid procedure call"));
 }
 
-// A quit saves the magazine and removes the temporary picture where it was written, though
-// the temporary folder has changed since. Cancel at "Save Configuration!" keeps the program
-// running and the next quit saves the magazine again; the close box waits, as EXIT does, for
-// the running request to end.
+// A quit saves the magazine up to its first empty row, and removes the temporary picture
+// where it was written, though the temporary folder has changed since. Cancel at "Save
+// Configuration!" keeps the program running and the next quit saves the magazine again; the
+// close box waits, as EXIT does, for the running request to end.
 void SettingsTest::quit_data()
 {
     QTest::addColumn<bool>("changed");
@@ -121,6 +134,7 @@ void SettingsTest::quit()
     QFile(written).open(QIODevice::WriteOnly);
     settings().TempDir.VarLet(fixture::saveDir(seams));
     magazine().Round.strLet(0, QStringLiteral("http://h/a01.jpg"));
+    magazine().Round.strLet(2, QStringLiteral("http://h/c01.jpg")); // after a gap: never fired, not kept
     settings().ConfigChanged.boolLet(changed);
     if (changed) {
         seams.boxes.expect(platform::Answer::Cancel);

@@ -1,3 +1,4 @@
+#include "app/bug_alert.h"
 #include "app/main_window_link.h"
 #include "app/modMain.h"
 #include "app/paths.h"
@@ -153,7 +154,7 @@ void StartupTest::scaling()
 }
 
 // The service holds "Office", "Home ISP" and an unnamed connection (handles 101 to 103),
-// wants a table of at least `needed` records and may fail; a hang-up answers 668.
+// wants a table of at least `needed` records and may fail (1: with a fault); a hang-up answers 668.
 void StartupTest::hangUpThroughTheService_data()
 {
     QTest::addColumn<bool>("present");
@@ -166,6 +167,7 @@ void StartupTest::hangUpThroughTheService_data()
     QTest::newRow("table grown")
         << true << 300u << 0u << QList<quint32>{256 * Record, 300 * Record} << 668 << QList<quintptr>{101, 102};
     QTest::newRow("service fails") << true << 0u << 623u << QList<quint32>{256 * Record} << 623 << QList<quintptr>();
+    QTest::newRow("service faults, reported") << true << 0u << 1u << QList<quint32>{256 * Record} << 0 << QList<quintptr>();
     QTest::newRow("absurd table asked for")
         << true << 0x7fffffffu / Record << 0u << QList<quint32>{256 * Record} << 603 << QList<quintptr>();
 }
@@ -185,6 +187,8 @@ void StartupTest::hangUpThroughTheService()
     platform::RasApi service;
     service.enumConnections = [&](RasConnectionRecord *table, quint32 *bytes, quint32 *count) -> quint32 {
         sizes.append(*bytes);
+        if (failure == 1) // a service gone wrong
+            throw Fault(fault::Overflow);
         if (*bytes < std::max<quint32>(needed, 3) * Record) {
             *bytes = std::max<quint32>(needed, 3) * Record;
             return platform::RasBufferTooSmall;
@@ -207,6 +211,7 @@ void StartupTest::hangUpThroughTheService()
     // The unnamed connection's name runs off its end: a reported fault, not a hang-up.
     const QString runOff = QStringLiteral("in ByteToString:\r\nSubscript out of range");
     QCOMPARE(seams.boxes.texts().join(QString()).contains(runOff), !hungUp.isEmpty());
+    QCOMPARE(seams.boxes.texts().join(QString()).contains(u"in HangUpRas:\r\nOverflow"), failure == 1);
 }
 
 TOLMARA_TEST_MAIN(StartupTest)

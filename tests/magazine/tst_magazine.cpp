@@ -42,11 +42,11 @@ private slots:
     void wholeRunOverARestart();
 
 private:
-    // Opens the dialog with the main window's button and types rows "address|mask|direction;..."
-    // (an empty mask is left for the dialog to derive).
-    frmMagazine *openAndFill(const QString &rows)
+    // Opens the dialog with the main window's button (clicked, or by its Alt key) and types rows
+    // "address|mask|direction;..." (an empty mask is left for the dialog to derive).
+    frmMagazine *openAndFill(const QString &rows, bool byKey = false)
     {
-        QTest::mouseClick(w->cmdLoadMag, Qt::LeftButton);
+        byKey ? QTest::keyClick(w, Qt::Key_M, Qt::AltModifier) : QTest::mouseClick(w->cmdLoadMag, Qt::LeftButton);
         frmMagazine *d = nullptr;
         if (!QTest::qWaitFor([&] { return (d = qobject_cast<frmMagazine *>(QApplication::activeWindow())); }))
             return nullptr;
@@ -64,10 +64,12 @@ private:
     QPointer<frmMain> w;
 };
 
-// Rows typed (a wrong-length mask set right in the advanced editor, a bad address ejected), pasted
-// (a double-click pastes once) and accepted are written at quit and loaded at the next start. Fire
-// One starts the first row and keeps it; each series that ends, at the limit or below zero, fires
-// the next row, and the open dialog drops each row fired.
+// Rows typed (a wrong-length mask set right in the advanced editor, a bad address ejected: an Accept
+// refused there keeps the rows above it), pasted (a double-click pastes once) and accepted are
+// written at quit and loaded at the next start, the button keeping its caption. Fire One starts the
+// first row and keeps it; each series that ends, at the limit or below zero, fires the next row,
+// and the open dialog keeps showing the rows it loaded. A row number clicked with nothing on the
+// clipboard puts in an empty row; Fire One during a run stops it.
 void MagazineTest::wholeRunOverARestart()
 {
     ScriptedHttpServer server;
@@ -87,7 +89,7 @@ void MagazineTest::wholeRunOverARestart()
     QTest::mouseClick(editor->cmdPlus, Qt::LeftButton);
     QTest::mouseClick(editor->cmdSet, Qt::LeftButton);
     QTest::mouseClick(d->cmdOK, Qt::LeftButton);
-    QVERIFY(d->focusWidget() == d->txtURL[1]);
+    QVERIFY(d->focusWidget() == d->txtURL[1] && storedRows().remove(url) + w->cmdLoadMag->text() == u"b01.jpg|0++|*&*|-&Magazine"_s);
     QTest::mouseClick(d->cmdEject[1], Qt::LeftButton);
     QTest::mouseClick(d->lblRow[1], Qt::LeftButton); // a double-click: a click, then the second press
     QTest::mouseDClick(d->lblRow[1], Qt::LeftButton);
@@ -96,18 +98,25 @@ void MagazineTest::wholeRunOverARestart()
     QTRY_VERIFY(w.isNull());
     resetSettings();
     w = fixture::openMainWindow(*seams);
+    QCOMPARE(w->cmdLoadMag->text(), u"&Magazine"_s);
     w->chkMagEnable->setChecked(false); // accepting checks it again
     settings().IncLimit.LongLet(1);
-    QTest::mouseClick(openAndFill(QString())->cmdFireOne, Qt::LeftButton); // the rows as loaded
+    QTest::mouseClick(openAndFill(QString(), true)->cmdFireOne, Qt::LeftButton); // the rows as loaded
     QCOMPARE(storedRows().remove(url), u"b01.jpg|0++|*&*|-;c1.jpg|01|&*|+;d05.jpg|001|&&*|+"_s);
     QCOMPARE(w->cmdLoadMag->text(), u"Mag: 3"_s);
     d = openAndFill(QString());
     QTRY_COMPARE_WITH_TIMEOUT(server.requestLog().join(u' ').remove(u".jpg"_s),
                               u"/b01 /b01 /c1 /c2 /c3 /d05 /d06"_s, 10000);
     QCOMPARE(w->cmdLoadMag->text(), u"Magazine"_s);
-    QVERIFY(d->txtURL[0]->text().isEmpty());
+    QCOMPARE(d->txtURL[0]->text(), url + u"b01.jpg"_s);
+    seams->clipboard.setText(QString());
+    QTest::mouseClick(d->lblRow[0], Qt::LeftButton);
     QTest::mouseClick(d->cmdFireOne, Qt::LeftButton);
-    QVERIFY(seams->boxes.shown().size() == 3 && seams->boxes.shown().last().title == u"OOPS!"_s);
+    QVERIFY(d->txtURL[1]->text() == url + u"b01.jpg"_s && seams->boxes.shown().size() == 3 && seams->boxes.shown().last().title == u"OOPS!"_s);
+    QTest::mouseClick(d->cmdEject[0], Qt::LeftButton);
+    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    QTest::mouseClick(d->cmdFireOne, Qt::LeftButton); // stops the run, then accepts
+    QVERIFY(!w->cmdStart->isEnabled() && w->txtAddress->text() == url + u"b01.jpg"_s && w->cmdLoadMag->text() == u"Mag: 3"_s);
 }
 
 TOLMARA_TEST_MAIN(MagazineTest)

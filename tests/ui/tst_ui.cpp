@@ -97,7 +97,7 @@ void UiTest::entriesAndWaysOut_data()
     QTest::newRow("empty is 0, not kept") << "" << "0" << "SET No" << "";
     QTest::newRow("both bad, time-out told") << " 30" << "-5" << "SET" << "Timeout Value Requires Positive Number!";
     QTest::newRow("decimal point") << "30" << "1.5" << "SET" << "Over Run Value Requires Positive Number!";
-    QTest::newRow("twelve digits") << "999999999999" << "15" << "SET" << "Timeout Value Is Too Large!";
+    QTest::newRow("twelve digits: an overflow") << "999999999999" << "15" << "SET" << "This unhandled error (bug) has occurred in cmdSet_Click:\r\nOverflow\r\nBy reporting this message, you will help to correct this issue in future releases.";
     QTest::newRow("Defaults, then Cancel") << "45" << "20" << "Defaults" << "";
 }
 
@@ -110,6 +110,7 @@ void UiTest::entriesAndWaysOut()
     fakes::TestSeams seams;
     seams.boxes.answerAll(platform::Answer::Ok);
     QPointer<frmMain> main = fixture::openMainWindow(seams);
+    QTest::mouseClick(main->cmdLoadMag, Qt::LeftButton); // open: its button is off, so tips off leave it its own
     QTest::mouseClick(main->cmdConfig, Qt::LeftButton);
     frmConfig *dialog = configDialog();
     QVERIFY(dialog && !main->cmdConfig->isEnabled());
@@ -130,7 +131,7 @@ void UiTest::entriesAndWaysOut()
         QTest::mouseClick(how.startsWith(QLatin1String("SET")) ? dialog->cmdSet : dialog->cmdCancel, Qt::LeftButton);
     if (!refusal.isEmpty()) {
         boxes << refusal << refusal;
-        QCOMPARE(dialog->focusWidget()->objectName(), QLatin1String(refusal.startsWith(u'T') ? "txtTimeOut" : "txtOverRun"));
+        QCOMPARE(dialog->focusWidget()->objectName(), QLatin1String(refusal.startsWith(u"Ti") ? "txtTimeOut" : refusal.startsWith(u'O') ? "txtOverRun" : "cmdSet"));
         QTest::keyClick(dialog, Qt::Key_Escape);
     }
     QCOMPARE(seams.boxes.texts(), boxes);
@@ -140,7 +141,7 @@ void UiTest::entriesAndWaysOut()
     QCOMPARE(settings().TimeOut.LongGet(), taken ? timeOut.toInt() : 30);
     QCOMPARE(settings().IncLimit.LongGet(), taken ? overRun.toInt() : 15);
     QCOMPARE(settings().ConfigChanged.boolGet(), taken);
-    QCOMPARE(main->cmdStart->toolTip().isEmpty(), taken);
+    QVERIFY(main->cmdStart->toolTip().isEmpty() == taken && !main->findChild<QWidget *>(u"frmMagazine"_s)->findChild<QPushButton *>(u"cmdOK"_s)->toolTip().isEmpty());
     QCOMPARE(main->timCallGetNext->interval(), taken ? 6000 : 10);
     seams.boxes.answerAll(how.endsWith(QLatin1String("Yes")) ? platform::Answer::Yes : platform::Answer::No);
     main->Unload(); // asks "Save Configuration!" when something was taken
@@ -302,17 +303,19 @@ void UiTest::maskEditor()
              handedBack ? mask + expectedGroups : directions + groups);
 }
 
-// From the main window: a click on "Mask" derives the mask and opens the
-// editor on it; SET hands the mask and its groups back; a double-click on a
-// mask that fits opens the editor on it as it is.
+// From the main window: a click on "Mask" with no mask says the mask's
+// characters are wrong, derives the mask and opens the editor on it; SET hands
+// the mask and its groups back; a double-click on a mask that fits opens the
+// editor on it as it is.
 void UiTest::maskFromMainWindow()
 {
     fakes::TestSeams seams;
     QPointer<frmMain> w = fixture::openMainWindow(seams);
     w->txtAddress->setText(u"http://h/e/pic35.jpg"_s);
+    seams.boxes.expect(platform::Answer::Ok);
     QTest::mouseClick(w->lblMask, Qt::LeftButton);
     QPointer<frmMaskEdit> e = shownWindow<frmMaskEdit>();
-    QVERIFY(e && !w->isEnabled() && !maskEditTexts().bMaskEditFromMagazine);
+    QVERIFY(e && !w->isEnabled() && !maskEditTexts().bMaskEditFromMagazine && seams.boxes.shown().value(0).title == u"What's This?  Invalid Mask Characters"_s);
     press(*e, u"0,0,C 3,1,+ 4,1,+"_s); // two counters side by side
     QTest::mouseClick(e->cmdSet, Qt::LeftButton);
     QCOMPARE(w->txtMask->text() + w->GroupText, u"000++***&*"_s);
