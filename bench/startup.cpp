@@ -10,8 +10,6 @@
 // With settings-megabytes, the settings file gets that much padding of keys
 // the program does not know, as a store that has collected years of entries.
 
-#include "app/main_window_link.h"
-#include "app/modMain.h"
 #include "fetch/frmMain.h"
 
 #include <QApplication>
@@ -54,12 +52,7 @@ int child(int argc, char **argv, bool program)
         empty.show();
         return app.exec();
     }
-    // As main.cpp opens the program.
-    QApplication::setApplicationName(QStringLiteral("Tolmara2"));
-    setMainWindowOpener(openMainWindowAtStartUp);
-    if (!Main())
-        return 1;
-    return app.exec();
+    return runTolmara(); // as main.cpp opens the program
 }
 
 void padSettings(const QString &configHome, int megabytes)
