@@ -5,6 +5,7 @@
 #include "app/paths.h"
 #include "app/settings.h"
 #include "app/temp_pictures.h"
+#include "app/window_keys.h"
 #include "fetch/controls.h"
 #include "fetch/lamp.h"
 #include "fetch/modfrmMain.h"
@@ -93,6 +94,7 @@ frmMain::frmMain(QWidget *parent) : QWidget(parent)
     createTimers();
     connectHandlers();
     addAboutOpener(this);
+    pressOnKeys(this, cmdStart);
     theMainWindow = this;
     installMainWindowLink(this);
 }

@@ -6,6 +6,7 @@
 #include "app/numbers.h"
 #include "app/paths.h"
 #include "app/settings.h"
+#include "app/window_keys.h"
 #include "engine/ModFunct.h"
 #include "fetch/frmMain.h"
 #include "platform/seams.h"
@@ -247,6 +248,7 @@ void frmConfig::connectHandlers()
     connect(cmdDefaults, &QPushButton::clicked, this, &frmConfig::cmdDefaults_Click);
     connect(cmdSet, &QPushButton::clicked, this, &frmConfig::cmdSet_Click);
     connect(cmdCancel, &QPushButton::clicked, this, &frmConfig::cmdCancel_Click);
+    pressOnKeys(this, cmdSet);
 }
 
 void frmConfig::Form_Load()

@@ -260,7 +260,7 @@ void MainWindowTest::failures_data()
     QTest::newRow("type with charset") << "charset" << false << notFound << "f01" << 2 << false;
     QTest::newRow("type in capitals") << "capitals" << false << notFound << "f01" << 2 << false;
     QTest::newRow("no end marker, auto retries") << "nomarker" << true << "Enter URL" << "f01 f01 f02" << 2 << false;
-    QTest::newRow("trailing bytes cut") << "trailing" << false << "Enter URL" << "f01" << 1 << true;
+    QTest::newRow("trailing bytes cut, START by Return in the address") << "trailing" << false << "Enter URL" << "f01" << 1 << true;
     QTest::newRow("cut mid-body, auto retries") << "cut" << true << "Enter URL" << "f01 f01 f02" << 2 << false;
     QTest::newRow("refused port") << "refused" << true << "icError: Cannot connect - Check Internet Connection!" << "" << 1 << false;
     QTest::newRow("unknown host") << "unknown" << true << "icError: Name not resolved - Check Internet Connection!" << "" << 1 << false;
@@ -322,7 +322,10 @@ void MainWindowTest::failures()
     w->chkAuto->setChecked(autoMode);
     w->txtAddress->setText(address);
     w->optBack->setChecked(true); // a derived mask goes forward
-    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    if (kind == u"trailing"_s)
+        QTest::keyClick(w->txtAddress, Qt::Key_Return);
+    else
+        QTest::mouseClick(w->cmdStart, Qt::LeftButton);
     QVERIFY(w->optFoward->isChecked() && !w->txtMask->hasFocus() && w->shpGreen->isLit() && runState().RunActive);
     if (kind.startsWith(u"back"_s))
         w->optBack->setChecked(true);

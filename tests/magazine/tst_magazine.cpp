@@ -91,7 +91,7 @@ void MagazineTest::wholeRunOverARestart()
     QTest::mouseClick(d->cmdEject[1], Qt::LeftButton);
     QTest::mouseClick(d->lblRow[1], Qt::LeftButton); // a double-click: a click, then the second press
     QTest::mouseDClick(d->lblRow[1], Qt::LeftButton);
-    QTest::mouseClick(d->cmdOK, Qt::LeftButton);
+    QTest::keyClick(d->txtURL[1], Qt::Key_Return); // accepts as OK does
     QTest::mouseClick(w->cmdQuit, Qt::LeftButton);
     QTRY_VERIFY(w.isNull());
     resetSettings();
@@ -108,6 +108,8 @@ void MagazineTest::wholeRunOverARestart()
     QVERIFY(d->txtURL[0]->text().isEmpty());
     QTest::mouseClick(d->cmdFireOne, Qt::LeftButton);
     QVERIFY(seams->boxes.shown().size() == 3 && seams->boxes.shown().last().title == u"OOPS!"_s);
+    QTest::keyClick(d->txtMask[2], Qt::Key_Escape); // leaves as Exit does
+    QTRY_VERIFY(!d->isVisible() && w->cmdLoadMag->isEnabled());
 }
 
 TOLMARA_TEST_MAIN(MagazineTest)

@@ -160,7 +160,7 @@ void UiTest::recordRoundTrip_data()
     QTest::addColumn<bool>("select");   // the chooser's Select, else its Cancel
     QTest::addColumn<ScreenProfile>("screen");
     QTest::addColumn<QSize>("widths"); // the dialog's, the chooser's
-    QTest::newRow("save: Select") << true << 8192 << "@/pics" << "@/pics" << "sub" << true << ScreenProfile{u"1280X1024"_s, 1.25f, 12, 10, 16} << QSize(750, 425);
+    QTest::newRow("save: Select by Return, SET by Return") << true << 8192 << "@/pics" << "@/pics" << "sub" << true << ScreenProfile{u"1280X1024"_s, 1.25f, 12, 10, 16} << QSize(750, 425);
     QTest::newRow("temp: a file opens its folder; Cancel") << false << 300 << "@/file.txt" << "@" << "" << false << ScreenProfile{u"800X600"_s, 0.78f, 8, 10, 10} << QSize(600, 265);
     QTest::newRow("temp: no place at all") << false << 4096 << "C:\\" << QDir::homePath() << "" << true << ScreenProfile() << QSize(600, 340);
     QTest::newRow("a volume no longer mounted") << false << 2048 << "@/pics" << "@/pics" << "@" << true << ScreenProfile() << QSize(600, 340);
@@ -227,12 +227,18 @@ void UiTest::recordRoundTrip()
     }
     QCOMPARE(chooser->dirPath(), chosen);
     QCOMPARE(seams.boxes.texts(), pick == folder ? QStringList{u"Drive error: Device unavailable"_s} : QStringList());
-    QTest::mouseClick(select ? chooser->cmdSetDir : chooser->cmdQuit, Qt::LeftButton);
+    if (select && save)
+        QTest::keyClick(chooser->Dir1, Qt::Key_Return);
+    else
+        QTest::mouseClick(select ? chooser->cmdSetDir : chooser->cmdQuit, Qt::LeftButton);
     QVERIFY(dialog->isVisible());
     const QString kept = select ? chosen : dir;
     QCOMPARE((save ? dialog->lblSavePath : dialog->lblTempPath)->text(), sFitPath(kept));
     QCOMPARE((save ? s.SaveDir : s.TempDir).VarGet().toString(), dir); // not before SET
-    QTest::mouseClick(dialog->cmdSet, Qt::LeftButton);
+    if (save)
+        QTest::keyClick(dialog->txtTimeOut, Qt::Key_Return);
+    else
+        QTest::mouseClick(dialog->cmdSet, Qt::LeftButton);
     for (std::size_t i = 0; i < std::size(flags); ++i)
         QVERIFY2((s.*flags[i]).boolGet() != (i % 2 == save), qPrintable(QString::number(i)));
     QCOMPARE(int(s.BiteSize.IntGet()), shown);

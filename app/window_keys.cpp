@@ -1,0 +1,54 @@
+#include "app/window_keys.h"
+
+#include <QKeyEvent>
+#include <QPointer>
+#include <QPushButton>
+
+namespace {
+
+bool isReturn(const QKeyEvent &key)
+{
+    const Qt::KeyboardModifiers modifiers = key.modifiers() & ~Qt::KeypadModifier;
+    return (key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter) && modifiers == Qt::NoModifier;
+}
+
+// Sees the keys that the window's controls leave to it (a text box passes
+// Return on; a button presses itself).
+class WindowKeys : public QObject {
+public:
+    WindowKeys(QWidget *window, QPushButton *onReturn, QPushButton *onEscape)
+        : QObject(window), m_window(window), m_onReturn(onReturn), m_onEscape(onEscape)
+    {
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (watched != m_window || event->type() != QEvent::KeyPress)
+            return false;
+        const auto &key = static_cast<const QKeyEvent &>(*event);
+        QPushButton *pressed = nullptr;
+        if (isReturn(key))
+            pressed = m_onReturn;
+        else if (key.key() == Qt::Key_Escape && key.modifiers() == Qt::NoModifier)
+            pressed = m_onEscape;
+        if (!pressed)
+            return false;
+        pressed->click(); // nothing when it is disabled
+        return true;
+    }
+
+private:
+    QWidget *m_window;
+    QPointer<QPushButton> m_onReturn;
+    QPointer<QPushButton> m_onEscape;
+};
+
+} // namespace
+
+void pressOnKeys(QWidget *window, QPushButton *onReturn, QPushButton *onEscape)
+{
+    for (QPushButton *button : window->findChildren<QPushButton *>())
+        button->setAutoDefault(true); // Return on a button that has the focus presses it
+    onReturn->setDefault(true);
+    window->installEventFilter(new WindowKeys(window, onReturn, onEscape));
+}
