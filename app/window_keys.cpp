@@ -1,8 +1,13 @@
 #include "app/window_keys.h"
 
+#include <QAbstractSpinBox>
+#include <QApplication>
 #include <QKeyEvent>
+#include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPointer>
 #include <QPushButton>
+#include <QTextEdit>
 
 namespace {
 
@@ -43,6 +48,27 @@ private:
     QPointer<QPushButton> m_onEscape;
 };
 
+bool typesText(const QObject *receiver)
+{
+    return qobject_cast<const QLineEdit *>(receiver) || qobject_cast<const QTextEdit *>(receiver)
+        || qobject_cast<const QPlainTextEdit *>(receiver) || qobject_cast<const QAbstractSpinBox *>(receiver);
+}
+
+// A key press reaches a control only when no shortcut took it first.
+class AltKeysTypeNothing : public QObject {
+public:
+    using QObject::QObject;
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() != QEvent::KeyPress || !typesText(watched))
+            return false;
+        const auto &key = static_cast<const QKeyEvent &>(*event);
+        // Ctrl+Alt is AltGr on Windows, which types characters of its own.
+        const bool alt = key.modifiers().testFlag(Qt::AltModifier) && !key.modifiers().testFlag(Qt::ControlModifier);
+        return alt && !key.text().isEmpty() && key.text().at(0).isPrint();
+    }
+};
+
 } // namespace
 
 void pressOnKeys(QWidget *window, QPushButton *onReturn, QPushButton *onEscape)
@@ -51,4 +77,13 @@ void pressOnKeys(QWidget *window, QPushButton *onReturn, QPushButton *onEscape)
         button->setAutoDefault(true); // Return on a button that has the focus presses it
     onReturn->setDefault(true);
     window->installEventFilter(new WindowKeys(window, onReturn, onEscape));
+}
+
+void keepAltKeysFromTyping()
+{
+    static QPointer<AltKeysTypeNothing> filter;
+    if (filter)
+        return;
+    filter = new AltKeysTypeNothing(qApp);
+    qApp->installEventFilter(filter);
 }

@@ -95,6 +95,7 @@ frmMain::frmMain(QWidget *parent) : QWidget(parent)
     connectHandlers();
     addAboutOpener(this);
     pressOnKeys(this, cmdStart);
+    keepAltKeysFromTyping();
     theMainWindow = this;
     installMainWindowLink(this);
 }

@@ -67,13 +67,14 @@ void MainWindowTest::incrementCheck_data()
     QTest::addColumn<QString>("shown");  // the text box afterwards
     QTest::addColumn<int>("step");       // StepIncrement afterwards
     QTest::addColumn<QString>("box");    // title of the box shown, if any
-    QTest::addColumn<QString>("leave");  // "focus" elsewhere, START by "alt+t" or "click", or "deactivated"
+    QTest::addColumn<QString>("leave");  // "focus" elsewhere, START by "alt+t" or "click", "deactivated", or "alt+n" in the address
     const QString refused = u"Sorry! - Invalid Increment"_s;
     QTest::newRow("rounds to zero, START by Alt+T") << "0.4" << "1" << 5 << refused << "alt+t";
     QTest::newRow("negative, START clicked") << "-1" << "1" << 5 << refused << "click";
     QTest::newRow("leading number rounds up") << "2.6x" << "2.6x" << 3 << "" << "focus";
     QTest::newRow("zero, window deactivated") << "0" << "0" << 5 << "" << "deactivated";
     QTest::newRow("too large") << "99999" << "99999" << 5 << "Bug Alert!" << "focus";
+    QTest::newRow("Alt+N with NEXT disabled types nothing") << "3" << "3" << 3 << "" << "alt+n";
 }
 
 void MainWindowTest::incrementCheck()
@@ -97,6 +98,9 @@ void MainWindowTest::incrementCheck()
         other.show();
         other.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&other));
+    } else if (leave == u"alt+n"_s) {
+        w->txtAddress->setFocus(); // which selects the address
+        QTest::keyClick(w->txtAddress, Qt::Key_N, Qt::AltModifier);
     } else {
         w->cmdQuit->setFocus(); // leaving the box checks it
     }
@@ -105,6 +109,7 @@ void MainWindowTest::incrementCheck()
     QVERIFY(!runState().RunActive);
     QTEST(w->txtIncrement->text(), "shown");
     QTEST(int(runState().StepIncrement), "step");
+    QCOMPARE(w->txtAddress->text(), u"http://127.0.0.1:9/s/a01.jpg"_s);
     if (box == u"Sorry! - Invalid Increment"_s)
         QTRY_VERIFY(w->txtIncrement->hasFocus());
 }
