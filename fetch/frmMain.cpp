@@ -15,10 +15,12 @@
 #include "ui/frmAbout.h"
 #include "view/display.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -28,6 +30,7 @@
 #include <QRadioButton>
 #include <QScreen>
 #include <QTimer>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -94,6 +97,7 @@ frmMain::frmMain(QWidget *parent) : QWidget(parent)
     createTimers();
     connectHandlers();
     addAboutOpener(this);
+    addSaveFolderOpener();
     pressOnKeys(this, cmdStart);
     keepAltKeysFromTyping();
     theMainWindow = this;
@@ -109,6 +113,15 @@ frmMain::~frmMain()
 }
 
 frmMain *frmMain::instance() { return theMainWindow; }
+
+// The window's right-click menu shows the save folder in the desktop's file manager.
+void frmMain::addSaveFolderOpener()
+{
+    auto *open = new QAction(QStringLiteral("Open Save Folder"), this);
+    connect(open, &QAction::triggered, this,
+            [] { QDesktopServices::openUrl(QUrl::fromLocalFile(settings().SaveDir.VarGet().toString())); });
+    addAction(open);
+}
 
 void openMainWindowAtStartUp()
 {

@@ -346,7 +346,7 @@ void frmConfig::cmdDefaults_Click()
 // The default directory that start-up makes, or the fallback directory with a note.
 void frmConfig::defaultDir(const QString &name, const QString &kind, QString &pending, PathLabel *label)
 {
-    const QString dir = joinPath(defaultDirsHome(), name);
+    const QString dir = defaultDirPath(name);
     if (QFileInfo(dir).isDir()) {
         pending = dir;
     } else {

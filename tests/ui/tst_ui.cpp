@@ -14,6 +14,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QContextMenuEvent>
+#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
@@ -33,6 +34,9 @@ Q_DECLARE_METATYPE(ScreenProfile)
 // and the about box as a user drives them.
 class UiTest : public QObject {
     Q_OBJECT
+    QList<QUrl> m_opened; // by the desktop
+public slots:
+    void openedByDesktop(const QUrl &url) { m_opened << url; }
 private slots:
     void entriesAndWaysOut_data();
     void entriesAndWaysOut();
@@ -59,12 +63,12 @@ T *shownWindow()
     return nullptr;
 }
 
-// Right-clicks target and takes the first entry of the menu, if one comes up.
-void chooseFromMenu(QWidget *target)
+// Right-clicks target and takes the first (or the last) entry of the menu, if one comes up.
+void chooseFromMenu(QWidget *target, bool last = false)
 {
-    QTimer::singleShot(100, target, [] {
+    QTimer::singleShot(100, target, [last] {
         if (QWidget *menu = QApplication::activePopupWidget())
-            QTest::keySequence(menu, QKeySequence(Qt::Key_Down, Qt::Key_Return));
+            QTest::keySequence(menu, QKeySequence(last ? Qt::Key_Up : Qt::Key_Down, Qt::Key_Return));
     });
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), target->mapToGlobal(QPoint(5, 5)));
     QApplication::sendEvent(target, &event);
@@ -330,6 +334,7 @@ void UiTest::maskFromMainWindow()
 }
 
 // F1 or the menu of a button opens the about box; a key or a click closes it.
+// The menu's last entry shows the save folder on the desktop.
 void UiTest::about()
 {
     fakes::TestSeams seams;
@@ -346,6 +351,10 @@ void UiTest::about()
     QVERIFY(about && about->isVisible());
     QTest::mouseClick(about->lblCredits, Qt::LeftButton);
     QTRY_VERIFY(about.isNull());
+    QDesktopServices::setUrlHandler(u"file"_s, this, "openedByDesktop");
+    chooseFromMenu(w->cmdQuit, true);
+    QDesktopServices::unsetUrlHandler(u"file"_s);
+    QCOMPARE(m_opened, QList{QUrl::fromLocalFile(settings().SaveDir.VarGet().toString())});
     w->Unload();
 }
 
