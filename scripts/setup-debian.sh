@@ -2,11 +2,11 @@
 # Installs, with apt-get, whatever of Tolmara's build and test needs is missing.
 set -euo pipefail
 # openssl: https:// needs its library (libssl3) at run time, and the tests make
-# their certificates with its command line. desktop-file-utils, appstream and
-# dpkg-dev check the desktop files and build the Debian package; the mingw-w64
-# compiler type-checks the sources for Windows.
+# their certificates with its command line. desktop-file-utils, appstream,
+# dpkg-dev and lintian check the desktop files and build and check the Debian
+# package; the mingw-w64 compiler type-checks the sources for Windows.
 needed=(cmake g++ make qt6-base-dev qt6-base-dev-tools libgl-dev openssl
-        desktop-file-utils appstream dpkg-dev g++-mingw-w64-x86-64-posix)
+        desktop-file-utils appstream dpkg-dev lintian g++-mingw-w64-x86-64-posix)
 [ "${1:-}" = "--with-xvfb" ] && needed+=(xvfb xauth)
 missing=()
 for package in "${needed[@]}"; do
