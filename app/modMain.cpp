@@ -55,11 +55,12 @@ void refuseScreen()
                      QStringLiteral("SORRY!"), platform::Icon::Critical);
 }
 
-// Creates dir in home (which must exist) and records it under key; false on failure.
-bool createDefaultDir(const QString &home, const QString &name, clsStoreVar &holder, const QString &key)
+// Creates the default folder name (with the folders above it) and records it
+// under key; false on failure.
+bool createDefaultDir(const QString &name, clsStoreVar &holder, const QString &key)
 {
-    const QString path = joinPath(home, name);
-    if (!QDir().mkdir(path) && !QFileInfo(path).isDir())
+    const QString path = defaultDirPath(name);
+    if (!QDir().mkpath(path))
         return false;
     holder.VarLet(path);
     store::write(key, path);
@@ -121,18 +122,15 @@ QString MakeTempName()
 
 bool DefaultDirsExist()
 {
-    const QString home = defaultDirsHome();
-    return QFileInfo(joinPath(home, QStringLiteral("OemSave"))).isDir()
-        || QFileInfo(joinPath(home, QStringLiteral("OemTemp"))).isDir();
+    return QFileInfo(defaultDirPath(QStringLiteral("OemSave"))).isDir()
+        || QFileInfo(defaultDirPath(QStringLiteral("OemTemp"))).isDir();
 }
 
 void CreateDefaultDirs()
 {
     Settings &s = settings();
-    const QString home = defaultDirsHome();
-    QDir().mkpath(home); // the user's data folder may not exist yet
-    if (createDefaultDir(home, QStringLiteral("OemTemp"), s.TempDir, QStringLiteral("TempDir"))
-        && createDefaultDir(home, QStringLiteral("OemSave"), s.SaveDir, QStringLiteral("SaveDir")))
+    if (createDefaultDir(QStringLiteral("OemTemp"), s.TempDir, QStringLiteral("TempDir"))
+        && createDefaultDir(QStringLiteral("OemSave"), s.SaveDir, QStringLiteral("SaveDir")))
         return;
     const QString fallback = fallbackDir();
     platform::msgBox(QStringLiteral("     Unable to create default directories!\r\n"

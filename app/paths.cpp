@@ -34,12 +34,26 @@ QString programDir()
     return QDir::toNativeSeparators(QCoreApplication::applicationDirPath());
 }
 
-QString defaultDirsHome()
+bool installedCopy()
 {
     const QFileInfo program(programDir());
-    if (program.isDir() && program.isWritable())
-        return programDir();
-    return QDir::toNativeSeparators(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
+    if (!program.isDir() || !program.isWritable())
+        return true;
+#ifdef Q_OS_WIN
+    return false;
+#else
+    return (QDir::cleanPath(program.absoluteFilePath()) + QLatin1Char('/')).startsWith(QLatin1String("/usr/"));
+#endif
+}
+
+QString defaultDirPath(const QString &name)
+{
+    if (!installedCopy())
+        return joinPath(programDir(), name);
+    if (name == QLatin1String("OemSave"))
+        return QDir::toNativeSeparators(QStandardPaths::writableLocation(QStandardPaths::PicturesLocation)
+                                        + QStringLiteral("/Tolmara"));
+    return QDir::toNativeSeparators(QStandardPaths::writableLocation(QStandardPaths::CacheLocation));
 }
 
 void overrideProgramDir(const QString &dir) { programDirOverride = dir; }

@@ -16,10 +16,15 @@ QString programDir();
 // Lets a test put the program's directory elsewhere; an empty text restores it.
 void overrideProgramDir(const QString &dir);
 
-// The folder that holds the default folders OemSave and OemTemp: the program's
-// directory for a portable copy (a build folder, an unpacked archive); the
-// user's data folder for an installed copy, whose directory the user cannot write.
-QString defaultDirsHome();
+// An installed copy: its directory cannot be written, or it lies under /usr
+// (where even root must not get folders beside the program).
+bool installedCopy();
+
+// The default folder for saved pictures (name "OemSave") or temporary ones
+// ("OemTemp"): beside the program for a portable copy (a build folder, an
+// unpacked archive); for an installed copy the user's pictures folder with a
+// subfolder "Tolmara" and the user's cache folder.
+QString defaultDirPath(const QString &name);
 
 // dir + native separator + name.
 QString joinPath(const QString &dir, const QString &name);

@@ -5,6 +5,7 @@
 #include "app/paths.h"
 #include "app/settings.h"
 #include "app/temp_pictures.h"
+#include "app/window_keys.h"
 #include "fetch/controls.h"
 #include "fetch/lamp.h"
 #include "fetch/modfrmMain.h"
@@ -15,10 +16,12 @@
 #include "ui/frmAbout.h"
 #include "view/display.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -29,6 +32,7 @@
 #include <QRadioButton>
 #include <QScreen>
 #include <QTimer>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -95,6 +99,9 @@ frmMain::frmMain(QWidget *parent) : QWidget(parent)
     createTimers();
     connectHandlers();
     addAboutOpener(this);
+    addSaveFolderOpener();
+    pressOnKeys(this, cmdStart);
+    keepAltKeysFromTyping();
     theMainWindow = this;
     installMainWindowLink(this);
 }
@@ -108,6 +115,15 @@ frmMain::~frmMain()
 }
 
 frmMain *frmMain::instance() { return theMainWindow; }
+
+// The window's right-click menu shows the save folder in the desktop's file manager.
+void frmMain::addSaveFolderOpener()
+{
+    auto *open = new QAction(QStringLiteral("Open Save Folder"), this);
+    connect(open, &QAction::triggered, this,
+            [] { QDesktopServices::openUrl(QUrl::fromLocalFile(settings().SaveDir.VarGet().toString())); });
+    addAction(open);
+}
 
 void openMainWindowAtStartUp()
 {

@@ -122,6 +122,7 @@ protected:
 
 private:
     void createControls();
+    void addSaveFolderOpener();
     void layOutControls();
     void createTimers();
     void connectHandlers();

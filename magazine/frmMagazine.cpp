@@ -4,6 +4,7 @@
 #include "app/mask_edit_texts.h"
 #include "app/modMain.h"
 #include "app/settings.h"
+#include "app/window_keys.h"
 #include "engine/ModFunct.h"
 #include "fetch/controls.h"
 #include "fetch/frmMain.h"
@@ -135,6 +136,7 @@ void frmMagazine::connectHandlers()
     connect(cmdOK, &QPushButton::clicked, this, &frmMagazine::cmdOK_Click);
     connect(cmdFireOne, &QPushButton::clicked, this, &frmMagazine::cmdFireOne_Click);
     connect(cmdCancel, &QPushButton::clicked, this, &QWidget::close);
+    pressOnKeys(this, cmdOK, cmdCancel);
 }
 
 void frmMagazine::Form_Load()

@@ -4,6 +4,7 @@
 # package's path last.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+scripts/setup-debian.sh
 build=${1:-build-deb}
 launcher=()
 command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)

@@ -6,6 +6,7 @@
 #include "app/numbers.h"
 #include "app/paths.h"
 #include "app/settings.h"
+#include "app/window_keys.h"
 #include "engine/ModFunct.h"
 #include "fetch/frmMain.h"
 #include "platform/seams.h"
@@ -247,6 +248,7 @@ void frmConfig::connectHandlers()
     connect(cmdDefaults, &QPushButton::clicked, this, &frmConfig::cmdDefaults_Click);
     connect(cmdSet, &QPushButton::clicked, this, &frmConfig::cmdSet_Click);
     connect(cmdCancel, &QPushButton::clicked, this, &frmConfig::cmdCancel_Click);
+    pressOnKeys(this, cmdSet);
 }
 
 void frmConfig::Form_Load()
@@ -344,7 +346,7 @@ void frmConfig::cmdDefaults_Click()
 // The default directory that start-up makes, or the fallback directory with a note.
 void frmConfig::defaultDir(const QString &name, const QString &kind, QString &pending, PathLabel *label)
 {
-    const QString dir = joinPath(defaultDirsHome(), name);
+    const QString dir = defaultDirPath(name);
     if (QFileInfo(dir).isDir()) {
         pending = dir;
     } else {

@@ -4,6 +4,7 @@
 #include "app/mask_edit_texts.h"
 #include "app/modMain.h"
 #include "app/settings.h"
+#include "app/window_keys.h"
 #include "engine/ModFunct.h"
 #include "fetch/controls.h"
 
@@ -189,6 +190,7 @@ void frmMaskEdit::connectHandlers()
     connect(cmdClear, &QPushButton::clicked, this, &frmMaskEdit::cmdClear_Click);
     connect(cmdSet, &QPushButton::clicked, this, &frmMaskEdit::cmdSet_Click);
     connect(cmdCancel, &QPushButton::clicked, this, &QWidget::close);
+    pressOnKeys(this, cmdSet);
 }
 
 void frmMaskEdit::Form_Load()

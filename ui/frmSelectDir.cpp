@@ -2,6 +2,7 @@
 
 #include "app/modMain.h"
 #include "app/paths.h"
+#include "app/window_keys.h"
 #include "engine/ModFunct.h"
 #include "platform/seams.h"
 #include "ui/config_controls.h"
@@ -88,6 +89,7 @@ frmSelectDir::frmSelectDir(frmConfig *config)
     connect(Dir1, &QTreeWidget::itemDoubleClicked, this, [this](QTreeWidgetItem *item) { Dir1->setCurrentItem(item); });
     connect(cmdSetDir, &QPushButton::clicked, this, &frmSelectDir::cmdSetDir_Click);
     connect(cmdQuit, &QPushButton::clicked, this, &frmSelectDir::cmdQuit_Click);
+    pressOnKeys(this, cmdSetDir);
 }
 
 void frmSelectDir::listVolumes()

@@ -40,19 +40,21 @@ private slots:
 
 // The profile a screen picks (other sizes are refused before anything is made), and
 // which default directories exist before the start. A portable copy keeps them beside
-// the program; an installed one, whose directory cannot be written, in the user's data
-// folder. A plain file stands for a directory where nothing can be made, even by root.
+// the program; an installed one (its directory cannot be written, or it is /usr/bin, even
+// for root) in the user's pictures and cache folders. A plain file stands for a directory
+// where nothing can be made, even by root.
 void StartupTest::start_data()
 {
     QTest::addColumn<QSize>("screen");
     QTest::addColumn<QString>("profile"); // empty: refused
-    QTest::addColumn<QString>("copy"); // "portable", "installed", or "blocked" (nowhere to make them)
+    QTest::addColumn<QString>("copy"); // "portable", "installed", "/usr/bin", or "blocked" (nowhere to make them)
     QTest::addColumn<QString>("before"); // the directory there before the start
     const QSize usual(1024, 768);
     QTest::newRow("both missing") << QSize(1280, 1024) << "1280X1024" << "portable" << "";
     QTest::newRow("1280x960") << QSize(1280, 960) << "" << "portable" << "";
     QTest::newRow("installed, both missing") << usual << "1024X768" << "installed" << "";
     QTest::newRow("installed, only OemTemp") << usual << "1024X768" << "installed" << "OemTemp";
+    QTest::newRow("in /usr/bin, both missing") << usual << "1024X768" << "/usr/bin" << "";
     QTest::newRow("cannot create") << usual << "1024X768" << "blocked" << "";
 }
 
@@ -67,15 +69,20 @@ void StartupTest::start()
     const QString blocked = seams.folder.filePath(QStringLiteral("blocked"));
     QVERIFY(QFile(blocked).open(QIODevice::WriteOnly));
     const bool nowhere = copy == QLatin1String("blocked");
-    const auto restore = qScopeGuard([saved = qgetenv("XDG_DATA_HOME")] { qputenv("XDG_DATA_HOME", saved); });
-    qputenv("XDG_DATA_HOME", QFile::encodeName(nowhere ? blocked : seams.folder.filePath(QStringLiteral("data"))));
-    QString home = programDir();
+    const QString home = nowhere ? blocked : seams.folder.filePath(QStringLiteral("home"));
+    const auto restore = qScopeGuard([saved = qgetenv("HOME")] { qputenv("HOME", saved); });
+    qputenv("HOME", QFile::encodeName(home));
+    for (const char *xdg : {"XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
+        qunsetenv(xdg);
+    QString temp = joinPath(programDir(), QStringLiteral("OemTemp"));
+    QString save = joinPath(programDir(), QStringLiteral("OemSave"));
     if (copy != QLatin1String("portable")) {
-        overrideProgramDir(blocked);
-        home = QDir::toNativeSeparators(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
+        overrideProgramDir(copy == QLatin1String("/usr/bin") ? copy : blocked);
+        temp = QDir::toNativeSeparators(home + QStringLiteral("/.cache/") + QCoreApplication::applicationName());
+        save = QDir::toNativeSeparators(home + QStringLiteral("/Pictures/Tolmara"));
     }
     if (!before.isEmpty())
-        QVERIFY(QDir().mkpath(joinPath(home, before)));
+        QVERIFY(QDir().mkpath(temp));
     seams.boxes.answerAll(platform::Answer::Ok);
     int opened = 0;
     setMainWindowOpener([&opened] { ++opened; });
@@ -86,8 +93,6 @@ void StartupTest::start()
     QCOMPARE(startup().sTempFileName.isEmpty(), profile.isEmpty());
     QCOMPARE(seams.boxes.shown().size(), profile.isEmpty() || nowhere ? 1 : 0);
     const bool created = before.isEmpty() && !nowhere && !profile.isEmpty();
-    const QString temp = joinPath(home, QStringLiteral("OemTemp"));
-    const QString save = joinPath(home, QStringLiteral("OemSave"));
     QCOMPARE(QFileInfo(temp).isDir(), created || before == QLatin1String("OemTemp"));
     QCOMPARE(QFileInfo(save).isDir(), created);
     QCOMPARE(seams.stored(QStringLiteral("SaveDir")), created ? save : QStringLiteral("<missing>"));

@@ -67,13 +67,14 @@ void MainWindowTest::incrementCheck_data()
     QTest::addColumn<QString>("shown");  // the text box afterwards
     QTest::addColumn<int>("step");       // StepIncrement afterwards
     QTest::addColumn<QString>("box");    // title of the box shown, if any
-    QTest::addColumn<QString>("leave");  // "focus" elsewhere, START by "alt+t" or "click", or "deactivated"
+    QTest::addColumn<QString>("leave");  // "focus" elsewhere, START by "alt+t" or "click", "deactivated", or "alt+n" in the address
     const QString refused = u"Sorry! - Invalid Increment"_s;
     QTest::newRow("rounds to zero, START by Alt+T") << "0.4" << "1" << 5 << refused << "alt+t";
     QTest::newRow("negative, START clicked") << "-1" << "1" << 5 << refused << "click";
     QTest::newRow("leading number rounds up") << "2.6x" << "2.6x" << 3 << "" << "focus";
     QTest::newRow("zero, window deactivated") << "0" << "0" << 5 << "" << "deactivated";
     QTest::newRow("too large") << "99999" << "99999" << 5 << "Bug Alert!" << "focus";
+    QTest::newRow("Alt+N with NEXT disabled types nothing") << "3" << "3" << 3 << "" << "alt+n";
 }
 
 void MainWindowTest::incrementCheck()
@@ -97,6 +98,9 @@ void MainWindowTest::incrementCheck()
         other.show();
         other.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&other));
+    } else if (leave == u"alt+n"_s) {
+        w->txtAddress->setFocus(); // which selects the address
+        QTest::keyClick(w->txtAddress, Qt::Key_N, Qt::AltModifier);
     } else {
         w->cmdQuit->setFocus(); // leaving the box checks it
     }
@@ -105,6 +109,7 @@ void MainWindowTest::incrementCheck()
     QVERIFY(!runState().RunActive);
     QTEST(w->txtIncrement->text(), "shown");
     QTEST(int(runState().StepIncrement), "step");
+    QCOMPARE(w->txtAddress->text(), u"http://127.0.0.1:9/s/a01.jpg"_s);
     if (box == u"Sorry! - Invalid Increment"_s)
         QTRY_VERIFY(w->txtIncrement->hasFocus());
 }
@@ -260,7 +265,7 @@ void MainWindowTest::failures_data()
     QTest::newRow("type with charset") << "charset" << false << notFound << "f01" << 2 << false;
     QTest::newRow("type in capitals") << "capitals" << false << notFound << "f01" << 2 << false;
     QTest::newRow("no end marker, auto retries") << "nomarker" << true << "Enter URL" << "f01 f01 f02" << 2 << false;
-    QTest::newRow("trailing bytes cut") << "trailing" << false << "Enter URL" << "f01" << 1 << true;
+    QTest::newRow("trailing bytes cut, START by Return in the address") << "trailing" << false << "Enter URL" << "f01" << 1 << true;
     QTest::newRow("cut mid-body, auto retries") << "cut" << true << "Enter URL" << "f01 f01 f02" << 2 << false;
     QTest::newRow("refused port") << "refused" << true << "icError: Cannot connect - Check Internet Connection!" << "" << 1 << false;
     QTest::newRow("unknown host") << "unknown" << true << "icError: Name not resolved - Check Internet Connection!" << "" << 1 << false;
@@ -322,7 +327,10 @@ void MainWindowTest::failures()
     w->chkAuto->setChecked(autoMode);
     w->txtAddress->setText(address);
     w->optBack->setChecked(true); // a derived mask goes forward
-    QTest::mouseClick(w->cmdStart, Qt::LeftButton);
+    if (kind == u"trailing"_s)
+        QTest::keyClick(w->txtAddress, Qt::Key_Return);
+    else
+        QTest::mouseClick(w->cmdStart, Qt::LeftButton);
     QVERIFY(w->optFoward->isChecked() && !w->txtMask->hasFocus() && w->shpGreen->isLit() && runState().RunActive);
     if (kind.startsWith(u"back"_s))
         w->optBack->setChecked(true);

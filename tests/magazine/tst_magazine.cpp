@@ -78,6 +78,9 @@ void MagazineTest::wholeRunOverARestart()
     const QString url = server.url(u"/"_s);
     seams->clipboard.setText(url + u"c1.jpg"_s);
     seams->boxes.answerAll(platform::Answer::Ok);
+    const QPointer<frmMagazine> left = openAndFill(QString());
+    QTest::keyClick(left->txtURL[0], Qt::Key_Escape); // leaves as Exit does
+    QTRY_VERIFY((!left || !left->isVisible()) && w->cmdLoadMag->isEnabled());
     frmMagazine *d = openAndFill(u"%1b01.jpg|0011|-;x.gif||+;%1d05.jpg|001|+"_s.arg(url));
     QTest::mouseClick(d->cmdOK, Qt::LeftButton);
     QVERIFY(d->focusWidget() == d->txtMask[0]);
@@ -93,7 +96,7 @@ void MagazineTest::wholeRunOverARestart()
     QTest::mouseClick(d->cmdEject[1], Qt::LeftButton);
     QTest::mouseClick(d->lblRow[1], Qt::LeftButton); // a double-click: a click, then the second press
     QTest::mouseDClick(d->lblRow[1], Qt::LeftButton);
-    QTest::mouseClick(d->cmdOK, Qt::LeftButton);
+    QTest::keyClick(d->txtURL[1], Qt::Key_Return); // accepts as OK does
     QTest::mouseClick(w->cmdQuit, Qt::LeftButton);
     QTRY_VERIFY(w.isNull());
     resetSettings();

@@ -14,6 +14,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QContextMenuEvent>
+#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
@@ -33,6 +34,9 @@ Q_DECLARE_METATYPE(ScreenProfile)
 // and the about box as a user drives them.
 class UiTest : public QObject {
     Q_OBJECT
+    QList<QUrl> m_opened; // by the desktop
+public slots:
+    void openedByDesktop(const QUrl &url) { m_opened << url; }
 private slots:
     void entriesAndWaysOut_data();
     void entriesAndWaysOut();
@@ -59,12 +63,12 @@ T *shownWindow()
     return nullptr;
 }
 
-// Right-clicks target and takes the first entry of the menu, if one comes up.
-void chooseFromMenu(QWidget *target)
+// Right-clicks target and takes the first (or the last) entry of the menu, if one comes up.
+void chooseFromMenu(QWidget *target, bool last = false)
 {
-    QTimer::singleShot(100, target, [] {
+    QTimer::singleShot(100, target, [last] {
         if (QWidget *menu = QApplication::activePopupWidget())
-            QTest::keySequence(menu, QKeySequence(Qt::Key_Down, Qt::Key_Return));
+            QTest::keySequence(menu, QKeySequence(last ? Qt::Key_Up : Qt::Key_Down, Qt::Key_Return));
     });
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), target->mapToGlobal(QPoint(5, 5)));
     QApplication::sendEvent(target, &event);
@@ -161,7 +165,7 @@ void UiTest::recordRoundTrip_data()
     QTest::addColumn<bool>("select");   // the chooser's Select, else its Cancel
     QTest::addColumn<ScreenProfile>("screen");
     QTest::addColumn<QSize>("widths"); // the dialog's, the chooser's
-    QTest::newRow("save: Select") << true << 8192 << "@/pics" << "@/pics" << "sub" << true << ScreenProfile{u"1280X1024"_s, 1.25f, 12, 10, 16} << QSize(750, 425);
+    QTest::newRow("save: Select by Return, SET by Return") << true << 8192 << "@/pics" << "@/pics" << "sub" << true << ScreenProfile{u"1280X1024"_s, 1.25f, 12, 10, 16} << QSize(750, 425);
     QTest::newRow("temp: a file opens its folder; Cancel") << false << 300 << "@/file.txt" << "@" << "" << false << ScreenProfile{u"800X600"_s, 0.78f, 8, 10, 10} << QSize(600, 265);
     QTest::newRow("temp: no place at all") << false << 4096 << "C:\\" << QDir::homePath() << "" << true << ScreenProfile() << QSize(600, 340);
     QTest::newRow("a volume no longer mounted") << false << 2048 << "@/pics" << "@/pics" << "@" << true << ScreenProfile() << QSize(600, 340);
@@ -228,12 +232,18 @@ void UiTest::recordRoundTrip()
     }
     QCOMPARE(chooser->dirPath(), chosen);
     QCOMPARE(seams.boxes.texts(), pick == folder ? QStringList{u"Drive error: Device unavailable"_s} : QStringList());
-    QTest::mouseClick(select ? chooser->cmdSetDir : chooser->cmdQuit, Qt::LeftButton);
+    if (select && save)
+        QTest::keyClick(chooser->Dir1, Qt::Key_Return);
+    else
+        QTest::mouseClick(select ? chooser->cmdSetDir : chooser->cmdQuit, Qt::LeftButton);
     QVERIFY(dialog->isVisible());
     const QString kept = select ? chosen : dir;
     QCOMPARE((save ? dialog->lblSavePath : dialog->lblTempPath)->text(), sFitPath(kept));
     QCOMPARE((save ? s.SaveDir : s.TempDir).VarGet().toString(), dir); // not before SET
-    QTest::mouseClick(dialog->cmdSet, Qt::LeftButton);
+    if (save)
+        QTest::keyClick(dialog->txtTimeOut, Qt::Key_Return);
+    else
+        QTest::mouseClick(dialog->cmdSet, Qt::LeftButton);
     for (std::size_t i = 0; i < std::size(flags); ++i)
         QVERIFY2((s.*flags[i]).boolGet() != (i % 2 == save), qPrintable(QString::number(i)));
     QCOMPARE(int(s.BiteSize.IntGet()), shown);
@@ -327,6 +337,7 @@ void UiTest::maskFromMainWindow()
 }
 
 // F1 or the menu of a button opens the about box; a key or a click closes it.
+// The menu's last entry shows the save folder on the desktop.
 void UiTest::about()
 {
     fakes::TestSeams seams;
@@ -343,6 +354,10 @@ void UiTest::about()
     QVERIFY(about && about->isVisible());
     QTest::mouseClick(about->lblCredits, Qt::LeftButton);
     QTRY_VERIFY(about.isNull());
+    QDesktopServices::setUrlHandler(u"file"_s, this, "openedByDesktop");
+    chooseFromMenu(w->cmdQuit, true);
+    QDesktopServices::unsetUrlHandler(u"file"_s);
+    QCOMPARE(m_opened, QList{QUrl::fromLocalFile(settings().SaveDir.VarGet().toString())});
     w->Unload();
 }
 
