@@ -6,7 +6,9 @@
 //
 //   bench_startup [rounds [settings-megabytes]]
 //
-// Run it on a real or virtual display (DISPLAY, or QT_QPA_PLATFORM=offscreen).
+// Run it on a real or virtual display (DISPLAY), or with QT_QPA_PLATFORM=offscreen,
+// whose screen is then given a size the program accepts. A child whose first
+// window is a message box (the program refused the screen) counts as a failure.
 // With settings-megabytes, the settings file gets that much padding of keys
 // the program does not know, as a store that has collected years of entries.
 
@@ -16,6 +18,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QMessageBox>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -30,6 +33,11 @@ class FirstPaint : public QObject {
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
+        if (event->type() == QEvent::Paint && qobject_cast<QMessageBox *>(watched)) {
+            std::puts("refused");
+            std::fflush(stdout);
+            std::_Exit(1);
+        }
         if (event->type() == QEvent::Paint && watched->isWidgetType()
             && static_cast<QWidget *>(watched)->isWindow()) {
             std::puts("shown");
@@ -75,6 +83,12 @@ qint64 timeOne(const QString &self, const QString &mode, const QString &home)
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert(QStringLiteral("XDG_CONFIG_HOME"), home + QStringLiteral("/config"));
     env.insert(QStringLiteral("XDG_DATA_HOME"), home + QStringLiteral("/data"));
+    if (env.value(QStringLiteral("QT_QPA_PLATFORM")) == QLatin1String("offscreen")) {
+        QFile screen(home + QStringLiteral("/screen.json"));
+        if (screen.open(QIODevice::WriteOnly))
+            screen.write(R"({"screens": [{"name": "s", "x": 0, "y": 0, "width": 1024, "height": 768}]})");
+        env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen:configfile=") + screen.fileName());
+    }
     process.setProcessEnvironment(env);
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     QElapsedTimer clock;
