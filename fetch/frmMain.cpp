@@ -5,6 +5,7 @@
 #include "app/paths.h"
 #include "app/settings.h"
 #include "app/temp_pictures.h"
+#include "engine/ModFunct.h"
 #include "fetch/controls.h"
 #include "fetch/lamp.h"
 #include "fetch/modfrmMain.h"
@@ -345,7 +346,7 @@ void frmMain::SetToolTips()
         t.control->setToolTip(QLatin1String(t.tip));
     cmdSave->setToolTip(QStringLiteral("Save This JPEG To ") + settings().SaveDir.VarGet().toString());
     txtMask->setToolTip(GroupText.isEmpty() ? QStringLiteral("Edit Mask Here")
-                                            : QStringLiteral("Group [") + GroupText + QStringLiteral("] "));
+                                            : groupTip(GroupText));
     cmdStart->setToolTip(runState().RunActive ? QStringLiteral("Kill This Request")
                                               : QStringLiteral("Download This JPEG Series"));
 }

@@ -45,6 +45,8 @@ public:
     void StopTransfer();
     void GoGetIt();
     void SetToContinue();
+    QString stepToNextName();
+    void loadShot(const QString &address, const QString &mask, const QString &groups, bool forward);
 
     // MainWindowLink: the settings load and save reach these.
     void setMagFeedChecked(bool checked) override;

@@ -30,8 +30,6 @@ namespace {
 
 const QString InvalidUrlTitle = QStringLiteral("Hmmm...");
 
-QString groupTip(const QString &groups) { return QStringLiteral("Group [") + groups + QStringLiteral("] "); }
-
 // A focus change inside the window, not the window losing activation (to the
 // projector, a message box or another program).
 bool movesFocusWithin(const QEvent &event)
@@ -92,7 +90,7 @@ bool frmMain::startChecks(const QString &url)
     run.UrlExtension = sParseExts(url);
     if (run.UrlExtension.isEmpty())
         return false;
-    run.StartBaseName = sTrimExtensions(sRetFNames(url, QStringLiteral("/")));
+    run.StartBaseName = sBaseName(url);
     if (run.StartBaseName == ErrorText)
         return false;
     if (!bIsValidMask(run.StartBaseName, run.RunMask, run.RunGroups)) {
@@ -105,11 +103,8 @@ bool frmMain::startChecks(const QString &url)
 
 void frmMain::beginRun()
 {
+    // The step was read from its box by the check that START makes first.
     RunState &run = runState();
-    const std::optional<qint16> step = roundToInt16(leadingNumber(txtIncrement->text()));
-    if (!step)
-        throw Fault(fault::Overflow);
-    run.StepIncrement = *step;
     if (settings().SaveAsSeries.boolGet()) {
         run.SeriesId = NextSeriesNumber();
         run.SeriesNumber = 0;
@@ -165,7 +160,7 @@ void frmMain::LoadMaskEdit()
 {
     try {
         MaskEditTexts &texts = maskEditTexts();
-        texts.sMaskBaseName = sTrimExtensions(sRetFNames(txtAddress->text().trimmed(), QStringLiteral("/")));
+        texts.sMaskBaseName = sBaseName(txtAddress->text().trimmed());
         texts.sMaskDirections = sMaskToDirections(txtMask->text().trimmed());
         texts.sMaskGroups = GroupText;
         texts.bMaskEditFromMagazine = false;
@@ -223,24 +218,38 @@ void frmMain::moveOffset(bool forward)
         return;
     RunState &run = runState();
     const bool up = forward == optFoward->isChecked();
-    const qint64 moved = qint64(run.StepOffset) + (up ? run.StepIncrement : -qint64(run.StepIncrement));
-    if (moved < std::numeric_limits<qint32>::min() || moved > std::numeric_limits<qint32>::max())
-        throw Fault(fault::Overflow);
-    run.StepOffset = qint32(moved);
+    run.StepOffset = checkedAdd(run.StepOffset, up ? run.StepIncrement : -run.StepIncrement);
+}
+
+// Steps forward and names the file there, "Out of Range" when a counter cannot
+// go that far. The counters step by at most 16 bits: a larger offset is an overflow.
+QString frmMain::stepToNextName()
+{
+    IncrementFoward();
+    const RunState &run = runState();
+    return sStepGroups(run.StartBaseName, run.RunMask, run.RunGroups, checkedInt16(run.StepOffset), true);
+}
+
+// Puts an address, its mask with their groups and a direction into the window
+// (a magazine shot, or row 1 of the magazine fired by hand).
+void frmMain::loadShot(const QString &address, const QString &mask, const QString &groups, bool forward)
+{
+    txtAddress->setText(address);
+    txtMask->setText(mask);
+    GroupText = groups;
+    txtMask->setToolTip(groupTip(groups));
+    (forward ? optFoward : optBack)->setChecked(true);
 }
 
 void frmMain::SkipOne()
 {
     try {
-        RunState &run = runState();
-        IncrementFoward();
-        if (run.StepOffset < std::numeric_limits<qint16>::min() || run.StepOffset > std::numeric_limits<qint16>::max())
-            throw Fault(fault::Overflow);
-        const QString name = sStepGroups(run.StartBaseName, run.RunMask, run.RunGroups, qint16(run.StepOffset), true);
+        const QString name = stepToNextName();
         if (name == OutOfRangeText) {
             txtStatus->setText(name);
             return;
         }
+        const RunState &run = runState();
         txtStatus->setText(isCompressStrings(run.StatusMaxLen, QStringLiteral("Skipping ") + run.UrlFolder + name
                                                                    + run.UrlExtension));
     } catch (const Fault &f) {
@@ -304,7 +313,7 @@ void frmMain::openMaskEditor()
     if (address.isEmpty()) {
         txtMask->clear();
     } else if (address != QStringLiteral("Enter JPEG URL Here!")) {
-        const QString base = sTrimExtensions(sRetFNames(address, QStringLiteral("/")));
+        const QString base = sBaseName(address);
         if (base != ErrorText && bIsValidMask(base, txtMask->text(), GroupText)) {
             LoadMaskEdit();
             return;

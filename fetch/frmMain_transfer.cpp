@@ -4,6 +4,7 @@
 #include "fetch/frmMain.h"
 
 #include "app/bug_alert.h"
+#include "app/numbers.h"
 #include "app/paths.h"
 #include "app/settings.h"
 #include "app/temp_pictures.h"
@@ -45,14 +46,6 @@ void processEventsSoon(QElapsedTimer &since)
 {
     if (since.elapsed() >= 4)
         processEventsNow(since);
-}
-
-qint32 addChecked(qint32 a, qint32 b)
-{
-    qint32 sum = 0;
-    if (__builtin_add_overflow(a, b, &sum))
-        throw Fault(fault::Overflow);
-    return sum;
 }
 
 } // namespace
@@ -130,7 +123,7 @@ void frmMain::GoGetIt()
             Inet1->StillExecuting();
             Inet1->Cancel();
             run.SaveAvailable = false;
-            run.FailedCalls = addChecked(run.FailedCalls, 1);
+            run.FailedCalls = checkedAdd(run.FailedCalls, 1);
             run.PendingStatus =
                 QStringLiteral("Failed Request for ") + run.CurrentFileName + QStringLiteral(" - File Not Found!");
         } else {
@@ -307,7 +300,7 @@ void frmMain::retryStep()
         IncrementBack();
         run.StatusVerb = QStringLiteral("Repeating ");
     } else {
-        run.FailedCalls = addChecked(run.FailedCalls, 1);
+        run.FailedCalls = checkedAdd(run.FailedCalls, 1);
         run.Repeating = false;
     }
 }
@@ -316,10 +309,7 @@ void frmMain::RestartTimeOut()
 {
     timTimeOut1->stop();
     timTimeOut2->stop();
-    qint32 ms = 0;
-    if (__builtin_mul_overflow(settings().TimeOut.LongGet(), 1000, &ms))
-        throw Fault(fault::Overflow);
-    TimeOutMs = ms;
+    TimeOutMs = checkedMul(settings().TimeOut.LongGet(), 1000);
     TimeOutSpent = qMin(TimeOutMs, 60000);
     arm(timTimeOut1, TimeOutSpent);
 }

@@ -2,6 +2,7 @@
 
 #include "app/bug_alert.h"
 #include "app/modMain.h"
+#include "app/numbers.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
 #include "fetch/controls.h"
@@ -22,15 +23,9 @@ namespace {
 void fireMagazineShot(frmMain &w)
 {
     MagazineArrays &m = magazine();
-    w.txtAddress->setText(m.Round.strGet(0));
-    w.txtMask->setText(m.Mask.strGet(0));
-    w.GroupText = m.Group.strGet(0);
-    w.txtMask->setToolTip(QStringLiteral("Group [") + w.GroupText + QStringLiteral("] "));
-    (m.Direct.boolGet(0) ? w.optFoward : w.optBack)->setChecked(true);
+    w.loadShot(m.Round.strGet(0), m.Mask.strGet(0), m.Group.strGet(0), m.Direct.boolGet(0));
     ShiftMagazine();
-    if (m.MagRowCount == std::numeric_limits<qint16>::min())
-        throw Fault(fault::Overflow);
-    m.MagRowCount = qint16(m.MagRowCount - 1);
+    m.MagRowCount = checkedInt16(m.MagRowCount - 1);
     SetcmdMagCaption();
     runState().RunActive = false;
     w.Start();
@@ -110,9 +105,7 @@ void seriesOutOfRange(frmMain &w)
     RunState &run = runState();
     const Settings &s = settings();
     if (w.chkAuto->isChecked() && s.LimitApplied.boolGet()) {
-        if (s.IncLimit.LongGet() == std::numeric_limits<qint32>::max())
-            throw Fault(fault::Overflow);
-        run.FailedCalls = s.IncLimit.LongGet() + 1;
+        run.FailedCalls = checkedAdd(s.IncLimit.LongGet(), 1);
         GetNext();
     } else {
         EndRun(QStringLiteral("Out of Range!"));
@@ -129,11 +122,7 @@ void SendRequest()
         run.ReplyArrived = false;
         QString name;
         if (!run.RequestCurrent) {
-            w->IncrementFoward();
-            if (run.StepOffset < std::numeric_limits<qint16>::min()
-                || run.StepOffset > std::numeric_limits<qint16>::max())
-                throw Fault(fault::Overflow);
-            name = sStepGroups(run.StartBaseName, run.RunMask, run.RunGroups, qint16(run.StepOffset), true);
+            name = w->stepToNextName();
             if (name == OutOfRangeText) {
                 seriesOutOfRange(*w);
                 return;

@@ -43,7 +43,7 @@ QString baseNameOf(const QString &url)
 {
     if (url.isEmpty() || !url.contains(QLatin1Char('/')))
         return QString();
-    const QString base = sTrimExtensions(sRetFNames(url, QStringLiteral("/")));
+    const QString base = sBaseName(url);
     return base == ErrorText ? QString() : base;
 }
 
@@ -398,7 +398,7 @@ bool frmMagazine::checkRow(int row)
         showStatus(QStringLiteral("Fix The URL In Row %1, Or Eject It").arg(rowText(row)));
         return false;
     }
-    const QString name = sTrimExtensions(sRetFNames(url, QStringLiteral("/")));
+    const QString name = sBaseName(url);
     if (name == ErrorText)
         throw Fault(fault::InvalidCall);
     if (!bIsValidMask(name, txtMask[row]->text(), m_groups[row])) {
@@ -459,11 +459,7 @@ void frmMagazine::cmdFireOne_Click()
             return;
         }
         const Row first = readRow(0);
-        w->txtAddress->setText(first.url);
-        w->txtMask->setText(first.mask);
-        w->GroupText = first.group;
-        w->txtMask->setToolTip(QStringLiteral("Group [") + first.group + QStringLiteral("] "));
-        (first.forward ? w->optFoward : w->optBack)->setChecked(true);
+        w->loadShot(first.url, first.mask, first.group, first.forward);
         w->Start();
         cmdOK->click();
     } catch (const Fault &f) {

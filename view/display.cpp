@@ -1,6 +1,7 @@
 #include "view/display.h"
 
 #include "app/bug_alert.h"
+#include "app/numbers.h"
 #include "fetch/frmMain.h"
 #include "fetch/modfrmMain.h"
 #include "fetch/run_state.h"
@@ -32,14 +33,6 @@ void showCorruptFile(frmMain &w)
 }
 
 } // namespace
-
-qint32 countedUp(qint32 counter)
-{
-    qint32 next = 0;
-    if (__builtin_add_overflow(counter, 1, &next))
-        throw Fault(fault::Overflow);
-    return next;
-}
 
 QPixmap loadPicture(const QString &path, const QByteArray &held)
 {
@@ -82,7 +75,7 @@ void ShowPic(bool good)
     const QString damage = good ? QString() : QStringLiteral("...Damaged!");
     try {
         w->framLarge->setTitle(QStringLiteral("JPEG - ") + run.CurrentFileName + damage);
-        run.MinedCount = countedUp(run.MinedCount);
+        run.MinedCount = checkedAdd(run.MinedCount, 1);
         w->txtTotalDown->setText(QString::number(run.MinedCount));
     } catch (const Fault &f) {
         BugAlert(QStringLiteral("ShowPic Module"), QString(), f);

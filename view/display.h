@@ -22,6 +22,3 @@ void placePicture(QLabel *box, const QPixmap &picture);
 // Gives the main window's picture area its mouse: dragging, SAVE on the right
 // button, NEXT on the middle one, and the projector on a double-click.
 void attachPictureArea(frmMain &w);
-
-// counter + 1; a result beyond 32 bits is an overflow fault.
-qint32 countedUp(qint32 counter);

@@ -1,6 +1,7 @@
 #include "view/saving.h"
 
 #include "app/bug_alert.h"
+#include "app/numbers.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
 #include "fetch/frmMain.h"
@@ -84,7 +85,7 @@ QString targetName()
     RunState &run = runState();
     const Settings &s = settings();
     if (s.SaveAsSeries.boolGet()) {
-        run.SeriesNumber = countedUp(run.SeriesNumber);
+        run.SeriesNumber = checkedAdd(run.SeriesNumber, 1);
         return seriesFileName(run.SeriesId, run.SeriesNumber);
     }
     if (s.AutoRename.boolGet())
@@ -98,7 +99,7 @@ void countSave(frmMain &w)
     const QString suffix = settings().SaveAsSeries.boolGet()
         ? QStringLiteral(" (Saved as $eries") + run.SeriesId + QStringLiteral(")")
         : QStringLiteral(" (saved)");
-    run.SavedCount = countedUp(run.SavedCount);
+    run.SavedCount = checkedAdd(run.SavedCount, 1);
     w.txtTotal->setText(QString::number(run.SavedCount));
     w.framLarge->setTitle(w.framLarge->title() + suffix);
     if (run.ProjectorShown)
