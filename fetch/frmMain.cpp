@@ -35,8 +35,6 @@
 
 namespace {
 
-frmMain *theMainWindow = nullptr;
-
 const QColor Green(0, 255, 0);
 const QColor Red(255, 0, 0);
 const QColor Yellow(255, 255, 0);
@@ -96,19 +94,21 @@ frmMain::frmMain(QWidget *parent) : QWidget(parent)
     createTimers();
     connectHandlers();
     addAboutOpener(this);
-    theMainWindow = this;
     installMainWindowLink(this);
 }
 
-frmMain::~frmMain()
-{
-    if (theMainWindow == this) {
-        theMainWindow = nullptr;
-        installMainWindowLink(nullptr);
-    }
-}
+// A window deleted without closing (in the tests) withdraws here.
+frmMain::~frmMain() { withdraw(); }
 
-frmMain *frmMain::instance() { return theMainWindow; }
+frmMain *frmMain::instance() { return dynamic_cast<frmMain *>(&mainWindowLink()); }
+
+// The window is no longer the program's main window: the settings go back to
+// the plain holder.
+void frmMain::withdraw()
+{
+    if (instance() == this)
+        installMainWindowLink(nullptr);
+}
 
 void openMainWindowAtStartUp()
 {
@@ -446,10 +446,7 @@ void frmMain::closeEvent(QCloseEvent *event)
     // The window is going: none of its timers may tick into the run again.
     for (QTimer *timer : findChildren<QTimer *>())
         timer->stop();
-    if (theMainWindow == this) {
-        theMainWindow = nullptr;
-        installMainWindowLink(nullptr);
-    }
+    withdraw();
 }
 
 // Saves the magazine, offers to save a changed configuration, stops the

@@ -25,7 +25,8 @@ public:
     explicit frmMain(QWidget *parent = nullptr);
     ~frmMain() override;
 
-    // The window that start-up opened; null before and after.
+    // The window that start-up opened (the installed main-window link); null
+    // before it is created and once it has closed.
     static frmMain *instance();
 
     void Form_Load();
@@ -144,8 +145,8 @@ private:
     void connectRunHandlers();
     void connectTransferHandlers();
     void Inet1_StateChanged(int state);
-    void connectionFailed();
-    void secureTransferRefused();
+    void stopWhenCannotConnect();
+    void nameRefusedAddress();
     void RepeatOrCount();
     void retryStep();
     void RestartTimeOut();
@@ -157,12 +158,13 @@ private:
     void timInetCancel_Timer();
     bool Form_Unload();
     void unloadOtherWindows();
+    void withdraw();
 
     QButtonGroup *m_directions;
     bool m_unloading = false;
     bool m_derivedMask = false;
     bool m_advancedEdit = false;
-    bool m_swallowPress = false; // a refused step took the click on its way
+    bool m_dropButtonPress = false; // a refused step took the click on its way to a button
 };
 
 // Opens the main window as start-up does: loaded, shown, the address box focused.

@@ -286,8 +286,8 @@ bool frmMain::txtIncrement_LostFocus()
     txtIncrement->setFocus();
     // A mouse press that moved the focus here is still on its way to its
     // button: the box took that click, so the button must not go down.
-    m_swallowPress = true;
-    QTimer::singleShot(0, this, [this] { m_swallowPress = false; });
+    m_dropButtonPress = true;
+    QTimer::singleShot(0, this, [this] { m_dropButtonPress = false; });
     return false;
 }
 
@@ -401,8 +401,8 @@ bool frmMain::eventFilter(QObject *watched, QEvent *event)
 {
     const QEvent::Type type = event->type();
     RunState &run = runState();
-    if (type == QEvent::MouseButtonPress && m_swallowPress && qobject_cast<QPushButton *>(watched)) {
-        m_swallowPress = false;
+    if (type == QEvent::MouseButtonPress && m_dropButtonPress && qobject_cast<QPushButton *>(watched)) {
+        m_dropButtonPress = false;
         return true;
     }
     if (type == QEvent::FocusOut && watched == txtIncrement && movesFocusWithin(*event))

@@ -24,8 +24,9 @@
 
 namespace {
 
-// A classic timer: an interval of 0 leaves it off, a negative one is refused.
-void arm(QTimer *timer, qint32 milliseconds)
+// Starts one slice of the reply time-out on a timer. As with a classic timer,
+// an interval of 0 leaves it off and a negative one is refused.
+void startTimeOutSlice(QTimer *timer, qint32 milliseconds)
 {
     if (milliseconds < 0)
         throw Fault(QStringLiteral("Invalid property value"));
@@ -69,8 +70,8 @@ void frmMain::Inet1_StateChanged(int state)
             if (Inet1->StillExecuting())
                 return;
             TransferLive = false;
-            connectionFailed();
-            secureTransferRefused();
+            stopWhenCannotConnect();
+            nameRefusedAddress();
             RepeatOrCount();
             enableTimer(timCallGetNext);
         } else if (state == Inet::icResponseCompleted) {
@@ -84,10 +85,10 @@ void frmMain::Inet1_StateChanged(int state)
     }
 }
 
-// A failure to connect or to find the host stops the run when so configured.
-// The error text is looked for inside the two phrases run together, so an
-// empty text counts as found.
-void frmMain::connectionFailed()
+// A failure to connect or to find the host stops the run when so configured,
+// adds its advice to the status and beeps. The error text is looked for inside
+// the two phrases run together, so an empty text counts as found.
+void frmMain::stopWhenCannotConnect()
 {
     static const QString phrases = QStringLiteral("CANNOT CONNECTNAME NOT RESOLVED");
     const Settings &s = settings();
@@ -101,9 +102,9 @@ void frmMain::connectionFailed()
 }
 
 // A refused https:// transfer (its certificate, a redirect down to http, no
-// TLS on this system) names the address refused and why. Without TLS every
-// further call would fail the same way, so the run ends here.
-void frmMain::secureTransferRefused()
+// TLS on this system): the status names the address refused and why. Without
+// TLS every further call would fail the same way, so the run ends here.
+void frmMain::nameRefusedAddress()
 {
     if (Inet1->Refused() == Inet::Refusal::None)
         return;
@@ -311,7 +312,7 @@ void frmMain::RestartTimeOut()
     timTimeOut2->stop();
     TimeOutMs = checkedMul(settings().TimeOut.LongGet(), 1000);
     TimeOutSpent = qMin(TimeOutMs, 60000);
-    arm(timTimeOut1, TimeOutSpent);
+    startTimeOutSlice(timTimeOut1, TimeOutSpent);
 }
 
 // One slice of the reply time-out has run out: end the call, or go on with
@@ -328,10 +329,10 @@ void frmMain::timeOutTick(QTimer *self, QTimer *other)
         SetToContinue();
     } else if (left <= 60000) {
         TimeOutSpent = TimeOutMs;
-        arm(other, left);
+        startTimeOutSlice(other, left);
     } else {
         TimeOutSpent += 60000;
-        arm(other, 60000);
+        startTimeOutSlice(other, 60000);
     }
 }
 

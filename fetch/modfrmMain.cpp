@@ -67,6 +67,20 @@ qint32 controlTimeOut(qint32 seconds)
                                                                                : seconds + ControlTimeOutMargin;
 }
 
+// The end of a series: like the failed-call limit in auto mode with the limit
+// applied, else the end of the run.
+void endSeries(frmMain &w)
+{
+    RunState &run = runState();
+    const Settings &s = settings();
+    if (w.chkAuto->isChecked() && s.LimitApplied.boolGet()) {
+        run.FailedCalls = checkedAdd(s.IncLimit.LongGet(), 1);
+        GetNext();
+    } else {
+        EndRun(QStringLiteral("Out of Range!"));
+    }
+}
+
 } // namespace
 
 void GetNext()
@@ -98,20 +112,6 @@ void GetNext()
     }
 }
 
-// The end of a series: like the failed-call limit in auto mode with the limit
-// applied, else the end of the run.
-void seriesOutOfRange(frmMain &w)
-{
-    RunState &run = runState();
-    const Settings &s = settings();
-    if (w.chkAuto->isChecked() && s.LimitApplied.boolGet()) {
-        run.FailedCalls = checkedAdd(s.IncLimit.LongGet(), 1);
-        GetNext();
-    } else {
-        EndRun(QStringLiteral("Out of Range!"));
-    }
-}
-
 void SendRequest()
 {
     frmMain *w = frmMain::instance();
@@ -124,7 +124,7 @@ void SendRequest()
         if (!run.RequestCurrent) {
             name = w->stepToNextName();
             if (name == OutOfRangeText) {
-                seriesOutOfRange(*w);
+                endSeries(*w);
                 return;
             }
         } else {
