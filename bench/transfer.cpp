@@ -308,7 +308,7 @@ Run mine(fakes::TestSeams &seams, const QString &first, int biteSize, int interv
     QTest::mouseClick(w->cmdStart, Qt::LeftButton);
     while (runState().RunActive)
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
-    w->Unload();
+    w->closeFromProgram();
     QCoreApplication::processEvents();
     return run;
 }
@@ -433,7 +433,7 @@ void memoryFigures(fakes::TestSeams &seams, const Server &server, const QString 
     QPointer<frmMain> empty = fixture::openMainWindow(seams);
     settle();
     const qint64 idleKb = statusKb("VmRSS:");
-    empty->Unload();
+    empty->closeFromProgram();
     settle();
     QFile reset(QStringLiteral("/proc/self/clear_refs"));
     if (!reset.open(QIODevice::WriteOnly) || reset.write("5") != 1)

@@ -418,10 +418,10 @@ void frmMain::timInetCancel_Timer()
     // The first ten characters go whatever they are ("Requesting" leaves its blank).
     txtStatus->setText(QStringLiteral("Stopped at ") + runState().SavedStatus.mid(10));
     if (ClosePending)
-        Unload();
+        closeFromProgram();
 }
 
-void frmMain::Unload()
+void frmMain::closeFromProgram()
 {
     m_unloading = true;
     close();

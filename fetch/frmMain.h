@@ -113,7 +113,7 @@ public:
 
     // Closes the window from the program itself (after the quit path, or at the
     // limit); any other close is the user's and takes the quit path.
-    void Unload();
+    void closeFromProgram();
 
 signals:
     // A picture was cut after its end marker and kept in the temporary file.

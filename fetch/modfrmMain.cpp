@@ -46,7 +46,7 @@ void stopAtLimit(frmMain &w, bool magazineEnabled)
         if (s.BeepOK.boolGet())
             platform::beeper().beep();
         s.ConfigChanged.boolLet(false);
-        w.Unload();
+        w.closeFromProgram();
         return;
     }
     run.PendingStatus = QStringLiteral("Enter URL");

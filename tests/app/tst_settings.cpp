@@ -106,7 +106,7 @@ void SettingsTest::magazineRows()
     QPointer<frmMain> window = fixture::openMainWindow(seams);
     platform::install(static_cast<platform::SettingsStore *>(&refusing));
     seams.boxes.expect(platform::Answer::Ok);
-    window->Unload();
+    window->closeFromProgram();
     QVERIFY(seams.boxes.texts().value(0).contains(u"in SaveMagURLs:\r\nInvalid procedure call"));
 }
 

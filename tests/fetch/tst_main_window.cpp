@@ -55,7 +55,7 @@ void MainWindowTest::init()
 void MainWindowTest::cleanup()
 {
     if (w)
-        w->Unload();
+        w->closeFromProgram();
     server.reset();
     seams.reset();
 }
@@ -147,7 +147,7 @@ void MainWindowTest::shortcutButton()
 // inside its border. The status line shows the whole address and copies it.
 void MainWindowTest::smallScreenFramesAndStatusLine()
 {
-    w->Unload();
+    w->closeFromProgram();
     screenProfile().ScaleFactor = 0.78f;
     screenProfile().FontSizeMedium = 8;
     w = fixture::openMainWindow(*seams);
