@@ -6,7 +6,7 @@
 #include "app/settings.h"
 #include "app/temp_pictures.h"
 #include "engine/ModFunct.h"
-#include "fetch/controls.h"
+#include "app/controls.h"
 #include "fetch/lamp.h"
 #include "fetch/modfrmMain.h"
 #include "fetch/run_state.h"

@@ -8,7 +8,7 @@
 #include "app/numbers.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
-#include "fetch/controls.h"
+#include "app/controls.h"
 #include "fetch/modfrmMain.h"
 #include "fetch/run_state.h"
 #include "magazine/frmMagazine.h"

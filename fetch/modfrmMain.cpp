@@ -5,7 +5,7 @@
 #include "app/numbers.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
-#include "fetch/controls.h"
+#include "app/controls.h"
 #include "fetch/frmMain.h"
 #include "fetch/run_state.h"
 #include "platform/Inet1.h"

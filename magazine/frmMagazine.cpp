@@ -5,7 +5,7 @@
 #include "app/modMain.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
-#include "fetch/controls.h"
+#include "app/controls.h"
 #include "fetch/frmMain.h"
 #include "fetch/modfrmMain.h"
 #include "platform/seams.h"
