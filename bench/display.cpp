@@ -7,7 +7,7 @@
 
 #include "fetch/frmMain.h"
 #include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "platform/seams.h"
 
 #include <QApplication>

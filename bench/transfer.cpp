@@ -20,7 +20,7 @@
 
 #include "app/settings.h"
 #include "fetch/frmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "platform/Inet1.h"
 #include "support/fakes.h"
 #include "support/http_server.h"

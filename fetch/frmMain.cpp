@@ -9,7 +9,7 @@
 #include "app/controls.h"
 #include "fetch/lamp.h"
 #include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "platform/Inet1.h"
 #include "platform/desktop_end.h"
 #include "platform/seams.h"

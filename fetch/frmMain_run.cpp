@@ -10,7 +10,7 @@
 #include "engine/ModFunct.h"
 #include "app/controls.h"
 #include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "magazine/frmMagazine.h"
 #include "platform/seams.h"
 #include "ui/frmConfig.h"

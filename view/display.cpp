@@ -4,7 +4,7 @@
 #include "app/numbers.h"
 #include "fetch/frmMain.h"
 #include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "view/frmLarge.h"
 #include "view/picture_mouse.h"
 

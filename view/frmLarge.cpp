@@ -5,7 +5,7 @@
 #include "app/settings.h"
 #include "fetch/frmMain.h"
 #include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "view/display.h"
 #include "view/picture_mouse.h"
 

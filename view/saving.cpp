@@ -6,7 +6,7 @@
 #include "engine/ModFunct.h"
 #include "fetch/frmMain.h"
 #include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "platform/seams.h"
 #include "view/display.h"
 

@@ -4,7 +4,7 @@
 #include "app/settings.h"
 #include "app/temp_pictures.h"
 #include "fetch/frmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "platform/Inet1.h"
 #include "support/fakes.h"
 #include "support/test_main.h"

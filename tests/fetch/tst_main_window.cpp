@@ -1,7 +1,7 @@
 #include "app/modMain.h"
 #include "app/settings.h"
 #include "fetch/lamp.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "platform/Inet1.h"
 #include "support/fakes.h"
 #include "support/http_server.h"

@@ -4,7 +4,7 @@
 
 #include "app/settings.h"
 #include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "support/http_server.h"
 #include "support/test_main.h"
 #include "support/window_fixture.h"
