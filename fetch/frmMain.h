@@ -141,6 +141,7 @@ private:
     void txtMask_GotFocus();
     void openMaskEditor();
     void showCurrentUrl(bool copy);
+    void openMagazine();
     void cmdAddress_Click();
     void connectRunHandlers();
     void connectTransferHandlers();

@@ -323,6 +323,30 @@ void frmMain::openMaskEditor()
     txtMaskForceFocus();
 }
 
+// Opens the magazine over the window; the magazine button stays disabled
+// until the dialog closes.
+void frmMain::openMagazine()
+{
+    cmdLoadMag->setEnabled(false);
+    auto *dialog = new frmMagazine(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &frmMagazine::fired, this,
+            [this](const QString &address, const QString &mask, const QString &groups, bool forward) {
+                loadShot(address, mask, groups, forward);
+                Start();
+            });
+    connect(dialog, &frmMagazine::accepted, this, [this] {
+        SetcmdMagCaption();
+        cmdLoadMag->setEnabled(true);
+        chkMagEnable->setChecked(true);
+    });
+    connect(dialog, &frmMagazine::closed, this, [this] { cmdLoadMag->setEnabled(true); });
+    dialog->Form_Load();
+    dialog->move(geometry().center() - dialog->rect().center());
+    dialog->show();
+    dialog->activateWindow();
+}
+
 void frmMain::showCurrentUrl(bool copy)
 {
     txtStatus->setText(runState().CurrentURL);
@@ -387,7 +411,7 @@ void frmMain::connectRunHandlers()
         cmdConfig->setEnabled(false); // the dialog enables it again when it closes
         openConfigDialog();
     });
-    connect(cmdLoadMag, &QPushButton::clicked, this, [this] { openMagazine(*this); });
+    connect(cmdLoadMag, &QPushButton::clicked, this, &frmMain::openMagazine);
     for (QObject *watched : {static_cast<QObject *>(txtIncrement), static_cast<QObject *>(txtAddress),
                              static_cast<QObject *>(txtMask), static_cast<QObject *>(lblIncrement),
                              static_cast<QObject *>(lblDownLoad), static_cast<QObject *>(lblSaved),

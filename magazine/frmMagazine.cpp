@@ -1,18 +1,15 @@
 #include "magazine/frmMagazine.h"
 
 #include "app/bug_alert.h"
+#include "app/controls.h"
 #include "app/mask_edit_texts.h"
 #include "app/modMain.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
-#include "app/controls.h"
-#include "fetch/frmMain.h"
-#include "fetch/modfrmMain.h"
 #include "platform/seams.h"
 #include "ui/frmMaskEdit.h"
 
 #include <QApplication>
-#include <QCheckBox>
 #include <QCloseEvent>
 #include <QFocusEvent>
 #include <QGroupBox>
@@ -20,7 +17,6 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QTimer>
 
 namespace {
@@ -294,7 +290,7 @@ void frmMagazine::iTxtMaskGotFocusRoutine(int row)
 }
 
 // The advanced mask editor for a row that has an address; the mask it
-// accepts comes back into the row through takeEditedMask.
+// accepts comes back into the row through bMagMaskEditCallBack.
 void frmMagazine::CallMaskEdit(int row)
 {
     try {
@@ -312,11 +308,10 @@ void frmMagazine::CallMaskEdit(int row)
         texts.sMaskDirections = sMaskToDirections(mask);
         texts.sMaskGroups = mask == txtMask[row]->text() ? m_groups[row] : sMaskToGroups(mask);
         texts.bMaskEditFromMagazine = true;
-        bMagMaskEditCallBack = false;
         QPointer<frmMagazine> self(this);
         if (frmMaskEdit::open(this, [self, row] {
                 if (self)
-                    self->takeEditedMask(row);
+                    self->bMagMaskEditCallBack(row);
             }))
             showStatus(QStringLiteral("Mark The Counters Of Row %1, Then Press SET").arg(rowText(row)));
     } catch (const Fault &f) {
@@ -324,9 +319,8 @@ void frmMagazine::CallMaskEdit(int row)
     }
 }
 
-void frmMagazine::takeEditedMask(int row)
+void frmMagazine::bMagMaskEditCallBack(int row)
 {
-    bMagMaskEditCallBack = true;
     const MaskEditTexts &texts = maskEditTexts();
     txtMask[row]->setText(texts.sMaskDirections);
     m_groups[row] = texts.sMaskGroups;
@@ -434,11 +428,7 @@ void frmMagazine::cmdOK_Click()
             m.Direct.boolLet(row, values.forward);
         }
         m.MagRowCount = count;
-        SetcmdMagCaption();
-        if (frmMain *w = frmMain::instance()) {
-            w->cmdLoadMag->setEnabled(true);
-            w->chkMagEnable->setChecked(true);
-        }
+        emit accepted();
         close();
     } catch (const Fault &f) {
         BugAlert(QStringLiteral("cmdOK_Click"), QString(), f);
@@ -450,17 +440,13 @@ void frmMagazine::cmdOK_Click()
 void frmMagazine::cmdFireOne_Click()
 {
     try {
-        frmMain *w = frmMain::instance();
-        if (!w)
-            return;
         syncRows();
         if (txtURL[0]->text().isEmpty()) {
             platform::msgBox(QStringLiteral("Row 1 is empty!"), QStringLiteral("OOPS!"), platform::Icon::Information);
             return;
         }
         const Row first = readRow(0);
-        w->loadShot(first.url, first.mask, first.group, first.forward);
-        w->Start();
+        emit fired(first.url, first.mask, first.group, first.forward);
         cmdOK->click();
     } catch (const Fault &f) {
         BugAlert(QStringLiteral("cmdFireOne_Click"), QString(), f);
@@ -469,19 +455,6 @@ void frmMagazine::cmdFireOne_Click()
 
 void frmMagazine::closeEvent(QCloseEvent *event)
 {
-    if (frmMain *w = frmMain::instance())
-        w->cmdLoadMag->setEnabled(true);
+    emit closed();
     event->accept();
-}
-
-frmMagazine *openMagazine(frmMain &main)
-{
-    main.cmdLoadMag->setEnabled(false);
-    auto *dialog = new frmMagazine(&main);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->Form_Load();
-    dialog->move(main.geometry().center() - dialog->rect().center());
-    dialog->show();
-    dialog->activateWindow();
-    return dialog;
 }
