@@ -3,6 +3,7 @@
 // buttons, counters, lamps and status line, and the picture area.
 
 #include "app/main_window_link.h"
+#include "view/main_window_parts.h"
 
 #include <QGroupBox>
 #include <QWidget>
@@ -19,7 +20,7 @@ class QPushButton;
 class QRadioButton;
 class QTimer;
 
-class frmMain : public QWidget, public MainWindowLink {
+class frmMain : public QWidget, public MainWindowLink, public MainWindowParts {
     Q_OBJECT
 public:
     explicit frmMain(QWidget *parent = nullptr);
@@ -35,10 +36,11 @@ public:
     void SetToolTips();
     void txtMaskForceFocus();
     void Start();
-    void JPEGNext(bool keepFocus);
-    void JPEGSave(bool keepFocus);
+    void JPEGNext(bool keepFocus) override;
+    void JPEGSave(bool keepFocus) override;
     void IncrementFoward();
-    void IncrementBack();
+    void IncrementBack() override;
+    QWidget *form() override { return this; }
     void IndicatorsGo();
     void IndicatorsStop();
     void BlinkYellow();
@@ -57,35 +59,21 @@ public:
 
     QString GroupText;
 
-    // Controls, named as the user knows them.
+    // Controls, named as the user knows them (more in MainWindowParts).
     QLineEdit *txtAddress;
     QLineEdit *txtMask;
     QLabel *lblMask;
-    QLineEdit *txtIncrement;
     QLabel *lblIncrement;
-    QLineEdit *txtTotalDown;
     QLabel *lblDownLoad;
-    QLineEdit *txtTotal;
     QLabel *lblSaved;
-    QLineEdit *txtStatus;
     QPushButton *cmdAddress;
-    QPushButton *cmdStart;
-    QPushButton *cmdNext;
-    QPushButton *cmdSave;
-    QPushButton *cmdSkip;
     QPushButton *cmdQuit;
     QPushButton *cmdConfig;
     QPushButton *cmdLoadMag;
-    QCheckBox *chkAuto;
     QGroupBox *framOptions;
     QCheckBox *chkMagEnable;
     QGroupBox *framDirection;
-    QRadioButton *optFoward;
-    QRadioButton *optBack;
     QRadioButton *optSame;
-    QGroupBox *framLarge;
-    QWidget *pictBase;
-    QLabel *pictMain;
     Lamp *shpYellow;
     Lamp *shpRed;
     Lamp *shpGreen;
@@ -97,7 +85,6 @@ public:
     QTimer *timInetCancel;
     QTimer *timTimeOut1;
     QTimer *timTimeOut2;
-    QTimer *timOkToShift;
 
     // Set when the user asked to close the window; the close follows once the
     // transfer is cancelled.

@@ -15,6 +15,7 @@
 #include "platform/seams.h"
 #include "ui/frmConfig.h"
 #include "ui/frmMaskEdit.h"
+#include "view/saving.h"
 
 #include <QCheckBox>
 #include <QEvent>

@@ -15,6 +15,8 @@
 #include "app/run_state.h"
 #include "platform/Inet1.h"
 #include "platform/seams.h"
+#include "view/display.h"
+#include "view/saving.h"
 
 #include <QCheckBox>
 #include <QCoreApplication>

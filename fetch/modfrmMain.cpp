@@ -10,6 +10,7 @@
 #include "app/run_state.h"
 #include "platform/Inet1.h"
 #include "platform/seams.h"
+#include "view/frmLarge.h"
 
 #include <QCheckBox>
 #include <QLineEdit>

@@ -1,14 +1,15 @@
 #include "view/display.h"
 
 #include "app/bug_alert.h"
+#include "app/main_window_link.h"
 #include "app/numbers.h"
-#include "fetch/frmMain.h"
-#include "fetch/modfrmMain.h"
 #include "app/run_state.h"
 #include "view/frmLarge.h"
+#include "view/main_window_parts.h"
 #include "view/picture_mouse.h"
 
 #include <QBuffer>
+#include <QGroupBox>
 #include <QImageReader>
 #include <QLabel>
 #include <QLineEdit>
@@ -23,7 +24,7 @@ constexpr int PictureMemoryLimit = 512;
 
 const QString CorruptFileText = QStringLiteral("Load Picture Error - Possible Corrupt File!");
 
-void showCorruptFile(frmMain &w)
+void showCorruptFile(MainWindowParts &w)
 {
     w.txtStatus->setText(CorruptFileText);
     w.pictMain->clear();
@@ -33,6 +34,8 @@ void showCorruptFile(frmMain &w)
 }
 
 } // namespace
+
+MainWindowParts *mainWindowParts() { return dynamic_cast<MainWindowParts *>(&mainWindowLink()); }
 
 QPixmap loadPicture(const QString &path, const QByteArray &held)
 {
@@ -68,7 +71,7 @@ void placePicture(QLabel *box, const QPixmap &picture)
 
 void ShowPic(bool good)
 {
-    frmMain *w = frmMain::instance();
+    MainWindowParts *w = mainWindowParts();
     if (!w)
         return;
     RunState &run = runState();
@@ -96,7 +99,7 @@ void ShowPic(bool good)
             p->showPicture(run.ProjectorTitle, picture);
 }
 
-void attachPictureArea(frmMain &w)
+void attachPictureArea(MainWindowParts &w)
 {
     auto *mouse = new PictureMouse(w.pictBase, w.pictMain, w.timOkToShift);
     mouse->onDoubleClick = [&w](QWidget *watched, Qt::MouseButton button) {

@@ -4,17 +4,17 @@
 #include "app/numbers.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
-#include "fetch/frmMain.h"
-#include "fetch/modfrmMain.h"
 #include "app/run_state.h"
 #include "platform/seams.h"
 #include "view/display.h"
+#include "view/main_window_parts.h"
 
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QGroupBox>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
@@ -64,7 +64,7 @@ bool isDeviceName(const QString &fileName)
 
 // A picture whose name cannot be used is not saved: a box tells the user who
 // pressed SAVE, the status line tells a Full Auto run.
-void refuseName(frmMain &w, const QString &fileName, const QString &fault)
+void refuseName(MainWindowParts &w, const QString &fileName, const QString &fault)
 {
     const QString text = QStringLiteral("Not saved: the picture's name \"") + fileName + QStringLiteral("\" ") + fault;
     if (runState().SavePressed)
@@ -73,7 +73,7 @@ void refuseName(frmMain &w, const QString &fileName, const QString &fault)
         w.txtStatus->setText(text);
 }
 
-bool saveIsDue(const frmMain &w)
+bool saveIsDue(const MainWindowParts &w)
 {
     return (w.chkAuto->isChecked() && settings().SaveFullAuto.boolGet()) || runState().SavePressed;
 }
@@ -93,7 +93,7 @@ QString targetName()
     return run.CurrentFileName;
 }
 
-void countSave(frmMain &w)
+void countSave(MainWindowParts &w)
 {
     RunState &run = runState();
     const QString suffix = settings().SaveAsSeries.boolGet()
@@ -207,7 +207,7 @@ bool CopyPicture(const QString &source, const QString &destination)
 
 void SaveFile()
 {
-    frmMain *w = frmMain::instance();
+    MainWindowParts *w = mainWindowParts();
     if (!w)
         return;
     try {
@@ -222,7 +222,7 @@ void SaveFile()
             return;
         }
         if (s.SaveFullAuto.boolGet()) {
-            const QPointer<frmMain> window(w);
+            const QPointer<QWidget> window(w->form());
             QCoreApplication::processEvents();
             if (!window)
                 return;

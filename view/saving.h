@@ -6,6 +6,9 @@
 
 #include <QString>
 
+// Saves the shown picture when saving is due (Full Auto, or SAVE pressed).
+void SaveFile();
+
 // Copies source over destination, whole or not at all: the copy goes to a
 // temporary file beside the destination, which is synced to disk and then
 // takes the destination's name in one step. The run's temporary picture is

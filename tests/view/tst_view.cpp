@@ -2,12 +2,12 @@
 // picture, what the mouse and the keys do on the pictures, and when and how
 // a picture is saved, whole or not at all.
 
-#include "app/settings.h"
-#include "fetch/modfrmMain.h"
 #include "app/run_state.h"
+#include "app/settings.h"
 #include "support/http_server.h"
 #include "support/test_main.h"
 #include "support/window_fixture.h"
+#include "view/display.h"
 #include "view/frmLarge.h"
 #include "view/saving.h"
 
