@@ -466,7 +466,7 @@ void memoryFigures(fakes::TestSeams &seams, const Server &server, const QString 
     const qint64 afterKb = statusKb("VmRSS:");
     std::printf("%d of 10 replies cut off at the %lld MiB body cap: %lld MiB held after them "
                 "(idle %lld MiB before, %lld MiB after)\n",
-                cutOff, qlonglong(Inet::MaxBodyBytes / MB), qlonglong((afterKb - beforeKb) / 1024),
+                cutOff, qlonglong(platform::MaxBodyBytes / MB), qlonglong((afterKb - beforeKb) / 1024),
                 qlonglong(beforeKb / 1024), qlonglong(afterKb / 1024));
 }
 

@@ -102,10 +102,6 @@ public:
     // limit); any other close is the user's and takes the quit path.
     void closeFromProgram();
 
-signals:
-    // A picture was cut after its end marker and kept in the temporary file.
-    void pictureStored();
-
 protected:
     void closeEvent(QCloseEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;

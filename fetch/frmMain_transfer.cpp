@@ -214,7 +214,6 @@ bool frmMain::storePicture(QByteArray &buffer)
         if (!writeTempFile(buffer))
             return false;
         run.TempPicture = buffer; // shown and saved from memory, not read back
-        emit pictureStored();
         run.SaveAvailable = true;
         run.StatusVerb = QStringLiteral("Requesting ");
         run.Repeating = false;

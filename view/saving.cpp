@@ -157,19 +157,8 @@ QString replaceWhole(const QString &destination, Fill fill)
     return QString();
 }
 
-// The temporary picture is saved from memory when it is held there.
-QString saveOnce(const QString &source, const QString &destination)
-{
-    const RunState &run = runState();
-    if (source != run.TempFilePath || run.TempPicture.isEmpty())
-        return copyWhole(source, destination);
-    return replaceWhole(destination, [&run](QSaveFile &out) {
-        return writeAll(out, run.TempPicture.constData(), run.TempPicture.size()) ? QString() : out.errorString();
-    });
-}
-
-} // namespace
-
+// One copy attempt as CopyPicture makes it, without asking; the platform's
+// description of the failure, or an empty text on success.
 QString copyWhole(const QString &source, const QString &destination)
 {
     QFile in(source);
@@ -188,6 +177,19 @@ QString copyWhole(const QString &source, const QString &destination)
         }
     });
 }
+
+// The temporary picture is saved from memory when it is held there.
+QString saveOnce(const QString &source, const QString &destination)
+{
+    const RunState &run = runState();
+    if (source != run.TempFilePath || run.TempPicture.isEmpty())
+        return copyWhole(source, destination);
+    return replaceWhole(destination, [&run](QSaveFile &out) {
+        return writeAll(out, run.TempPicture.constData(), run.TempPicture.size()) ? QString() : out.errorString();
+    });
+}
+
+} // namespace
 
 bool CopyPicture(const QString &source, const QString &destination)
 {

@@ -16,10 +16,6 @@ void SaveFile();
 // Cancel; false once the user cancels.
 bool CopyPicture(const QString &source, const QString &destination);
 
-// One copy attempt as above, without asking; the platform's description of
-// the failure, or an empty text on success.
-QString copyWhole(const QString &source, const QString &destination);
-
 // The name a series picture is saved under: "$eries" + id + "_" + its number,
 // at least two digits.
 QString seriesFileName(const QString &seriesId, qint32 number);

@@ -265,7 +265,6 @@ void MainWindowTest::failures_data()
     QTest::newRow("refused port") << "refused" << true << "icError: Cannot connect - Check Internet Connection!" << "" << 1 << false;
     QTest::newRow("unknown host") << "unknown" << true << "icError: Name not resolved - Check Internet Connection!" << "" << 1 << false;
     QTest::newRow("reply over the size cap") << "huge" << false << "icError: Reply too large (over 1 MiB)" << "f01" << 1 << false;
-    QTest::newRow("out of memory while storing, auto retries") << "nomemory" << true << "Enter URL" << "f01 f01" << 2 << true;
     QTest::newRow("silent server") << "silent" << false << "Failed Request for f01.jpg - icError: Request Timeout" << "f01" << 1 << false;
     QTest::newRow("closed without reply, asked again") << "closed" << false << "*" << "f01 f01" << 1 << false;
     QTest::newRow("redirected to the picture") << "redirect" << false << "Enter URL" << "f01 f00" << 1 << true;
@@ -309,16 +308,13 @@ void MainWindowTest::failures()
     const TestCertificates &made = TestCertificates::get();
     if (kind == u"self-signed"_s || kind == u"other host"_s) {
         server->useTls(kind == u"other host"_s ? made.otherHost : made.selfSigned, made.key);
-        w->Inet1->ExtraAuthorities = {made.authority}; // loading the authorities is slow: only where needed
+        seams->network.authorities = {made.authority};
     }
     const QString address = addresses.value(kind, server->url(path));
-    Inet::SetTlsAvailable(kind != u"no tls"_s);
-    const auto restore = qScopeGuard([] { Inet::SetTlsAvailable(true); });
+    seams->network.tls = kind != u"no tls"_s;
     if (kind == u"silent"_s)
         settings().TimeOut.LongLet(1);
-    w->Inet1->MaxBody = 1 << 20;
-    if (kind == u"nomemory"_s)
-        connect(w, &frmMain::pictureStored, this, [] { throw std::bad_alloc(); });
+    seams->network.bodyCap = 1 << 20;
     w->chkAuto->setChecked(autoMode);
     w->txtAddress->setText(address);
     w->optBack->setChecked(true); // a derived mask goes forward

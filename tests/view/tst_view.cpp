@@ -352,7 +352,7 @@ void ViewTest::killedMidCopyLeavesAWholePicture()
     const QByteArray picture(8 << 20, 'p');
     QFile file(source);
     QVERIFY(file.open(QIODevice::WriteOnly) && file.write(picture) == picture.size() && file.flush());
-    QVERIFY(copyWhole(source, target).isEmpty());
+    QVERIFY(CopyPicture(source, target));
     // The child marks here whether it was copying when it died.
     void *shared = mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     QVERIFY(shared != MAP_FAILED);
@@ -363,7 +363,7 @@ void ViewTest::killedMidCopyLeavesAWholePicture()
         const pid_t child = fork();
         while (child == 0) {
             *copying = 1;
-            copyWhole(source, target);
+            CopyPicture(source, target);
             *copying = 0;
         }
         QTest::qSleep(5 + 7 * round);
