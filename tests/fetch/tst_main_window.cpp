@@ -260,6 +260,7 @@ void MainWindowTest::failures_data()
     QTest::newRow("type with charset") << "charset" << false << notFound << "f01" << 2 << false;
     QTest::newRow("type in capitals") << "capitals" << false << notFound << "f01" << 2 << false;
     QTest::newRow("no end marker, auto retries") << "nomarker" << true << "Enter URL" << "f01 f01 f02" << 2 << false;
+    QTest::newRow("no end marker, manual") << "nomarker" << false << "Enter URL" << "f01" << 1 << false;
     QTest::newRow("trailing bytes cut") << "trailing" << false << "Enter URL" << "f01" << 1 << true;
     QTest::newRow("cut mid-body, auto retries") << "cut" << true << "Enter URL" << "f01 f01 f02" << 2 << false;
     QTest::newRow("refused port") << "refused" << true << "icError: Cannot connect - Check Internet Connection!" << "" << 1 << false;
@@ -284,6 +285,7 @@ void MainWindowTest::failures()
     QFETCH(QString, status);
     settings().IncLimit.LongLet(1);
     settings().LimitApplied.boolLet(kind != u"back, no limit"_s);
+    settings().BeepOK.boolLet(true);
     const QString path = u"/f/f01.jpg"_s;
     const QByteArray good = makeJpeg(QSize(67, 40), true); // shorter bodies count as cut off
     const QHash<QString, HttpScript> scripts = {
@@ -337,6 +339,12 @@ void MainWindowTest::failures()
     QTEST(int(runState().FailedCalls), "failedCalls");
     QFETCH(bool, stored);
     QCOMPARE(fixture::fileBytes(fixture::tempFile()), stored ? good : QByteArray());
+    if (kind == u"nomarker"_s) { // a cut-off picture is shown damaged, and mined all the same
+        QVERIFY(w->framLarge->title().endsWith(u"...Damaged!"_s));
+        QCOMPARE(w->txtTotalDown->text(), QString::number(server->requestCount(path)));
+    }
+    if (status.endsWith(u"Check Internet Connection!"_s))
+        QCOMPARE(seams->beeper.beeps, 1);
 }
 
 TOLMARA_TEST_MAIN(MainWindowTest)
