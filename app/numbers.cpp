@@ -1,5 +1,7 @@
 #include "app/numbers.h"
 
+#include "app/bug_alert.h"
+
 #include <cmath>
 #include <limits>
 
@@ -62,3 +64,26 @@ double leadingNumber(const QString &text)
 
 std::optional<qint16> roundToInt16(double value) { return roundTo<qint16>(value); }
 std::optional<qint32> roundToInt32(double value) { return roundTo<qint32>(value); }
+
+qint32 checkedAdd(qint32 a, qint32 b)
+{
+    qint32 sum = 0;
+    if (__builtin_add_overflow(a, b, &sum))
+        throw Fault(fault::Overflow);
+    return sum;
+}
+
+qint32 checkedMul(qint32 a, qint32 b)
+{
+    qint32 product = 0;
+    if (__builtin_mul_overflow(a, b, &product))
+        throw Fault(fault::Overflow);
+    return product;
+}
+
+qint16 checkedInt16(qint32 value)
+{
+    if (value < std::numeric_limits<qint16>::min() || value > std::numeric_limits<qint16>::max())
+        throw Fault(fault::Overflow);
+    return qint16(value);
+}

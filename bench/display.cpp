@@ -5,10 +5,10 @@
 
 #include "photo.h"
 
+#include "app/run_state.h"
 #include "fetch/frmMain.h"
-#include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
 #include "platform/seams.h"
+#include "view/display.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

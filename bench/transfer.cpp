@@ -20,7 +20,7 @@
 
 #include "app/settings.h"
 #include "fetch/frmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "platform/Inet1.h"
 #include "support/fakes.h"
 #include "support/http_server.h"
@@ -308,7 +308,7 @@ Run mine(fakes::TestSeams &seams, const QString &first, int biteSize, int interv
     QTest::mouseClick(w->cmdStart, Qt::LeftButton);
     while (runState().RunActive)
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
-    w->Unload();
+    w->closeFromProgram();
     QCoreApplication::processEvents();
     return run;
 }
@@ -433,7 +433,7 @@ void memoryFigures(fakes::TestSeams &seams, const Server &server, const QString 
     QPointer<frmMain> empty = fixture::openMainWindow(seams);
     settle();
     const qint64 idleKb = statusKb("VmRSS:");
-    empty->Unload();
+    empty->closeFromProgram();
     settle();
     QFile reset(QStringLiteral("/proc/self/clear_refs"));
     if (!reset.open(QIODevice::WriteOnly) || reset.write("5") != 1)
@@ -466,7 +466,7 @@ void memoryFigures(fakes::TestSeams &seams, const Server &server, const QString 
     const qint64 afterKb = statusKb("VmRSS:");
     std::printf("%d of 10 replies cut off at the %lld MiB body cap: %lld MiB held after them "
                 "(idle %lld MiB before, %lld MiB after)\n",
-                cutOff, qlonglong(Inet::MaxBodyBytes / MB), qlonglong((afterKb - beforeKb) / 1024),
+                cutOff, qlonglong(platform::MaxBodyBytes / MB), qlonglong((afterKb - beforeKb) / 1024),
                 qlonglong(beforeKb / 1024), qlonglong(afterKb / 1024));
 }
 

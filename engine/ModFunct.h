@@ -31,6 +31,9 @@ QString sRetPaths(const QString &url);
 QString sParseExts(const QString &name);
 // The name without its extension; "error" when empty or only an extension.
 QString sTrimExtensions(const QString &name);
+// The file name of an address without its extension: sTrimExtensions of
+// sRetFNames(url, "/"), with their "error" results and reports.
+QString sBaseName(const QString &url);
 // True when every character is a decimal digit (an empty text too).
 bool isAllDigits(const QString &text);
 
@@ -64,6 +67,8 @@ QString sDeriveMasks(const QString &text, bool nameOnly);
 QString sMaskToDirections(const QString &mask);
 // "*" and "&" runs, one per run of equal mask characters, ending in "*".
 QString sMaskToGroups(const QString &mask);
+// The tip of a mask box that holds a mask with these groups.
+QString groupTip(const QString &groups);
 // Base name, directions and groups fit together; shows at most one box.
 bool bIsValidMask(const QString &base, const QString &directions, const QString &groups);
 // Every character is one of "+-01"; otherwise shows the invalid-characters box.

@@ -84,6 +84,8 @@ QString sMaskToDirections(const QString &mask)
     return QString(mask).replace(QLatin1Char('1'), QLatin1Char('+'));
 }
 
+QString groupTip(const QString &groups) { return QStringLiteral("Group [") + groups + QStringLiteral("] "); }
+
 QString sMaskToGroups(const QString &mask)
 {
     if (mask.isEmpty())

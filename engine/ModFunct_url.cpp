@@ -87,4 +87,6 @@ QString sTrimExtensions(const QString &name)
     return kept == 0 ? ErrorText : name.left(kept);
 }
 
+QString sBaseName(const QString &url) { return sTrimExtensions(sRetFNames(url, QStringLiteral("/"))); }
+
 bool isAllDigits(const QString &text) { return std::all_of(text.cbegin(), text.cend(), isDigitChar); }

@@ -5,11 +5,12 @@
 #include "app/paths.h"
 #include "app/settings.h"
 #include "app/temp_pictures.h"
+#include "app/controls.h"
 #include "app/window_keys.h"
-#include "fetch/controls.h"
+#include "engine/ModFunct.h"
 #include "fetch/lamp.h"
 #include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "platform/Inet1.h"
 #include "platform/desktop_end.h"
 #include "platform/seams.h"
@@ -37,8 +38,6 @@
 #include <algorithm>
 
 namespace {
-
-frmMain *theMainWindow = nullptr;
 
 const QColor Green(0, 255, 0);
 const QColor Red(255, 0, 0);
@@ -102,19 +101,21 @@ frmMain::frmMain(QWidget *parent) : QWidget(parent)
     addSaveFolderOpener();
     pressOnKeys(this, cmdStart);
     keepAltKeysFromTyping();
-    theMainWindow = this;
     installMainWindowLink(this);
 }
 
-frmMain::~frmMain()
-{
-    if (theMainWindow == this) {
-        theMainWindow = nullptr;
-        installMainWindowLink(nullptr);
-    }
-}
+// A window deleted without closing (in the tests) withdraws here.
+frmMain::~frmMain() { withdraw(); }
 
-frmMain *frmMain::instance() { return theMainWindow; }
+frmMain *frmMain::instance() { return dynamic_cast<frmMain *>(&mainWindowLink()); }
+
+// The window is no longer the program's main window: the settings go back to
+// the plain holder.
+void frmMain::withdraw()
+{
+    if (instance() == this)
+        installMainWindowLink(nullptr);
+}
 
 // The window's right-click menu shows the save folder in the desktop's file manager.
 void frmMain::addSaveFolderOpener()
@@ -361,7 +362,7 @@ void frmMain::SetToolTips()
         t.control->setToolTip(QLatin1String(t.tip));
     cmdSave->setToolTip(QStringLiteral("Save This JPEG To ") + settings().SaveDir.VarGet().toString());
     txtMask->setToolTip(GroupText.isEmpty() ? QStringLiteral("Edit Mask Here")
-                                            : QStringLiteral("Group [") + GroupText + QStringLiteral("] "));
+                                            : groupTip(GroupText));
     cmdStart->setToolTip(runState().RunActive ? QStringLiteral("Kill This Request")
                                               : QStringLiteral("Download This JPEG Series"));
 }
@@ -433,10 +434,10 @@ void frmMain::timInetCancel_Timer()
     // The first ten characters go whatever they are ("Requesting" leaves its blank).
     txtStatus->setText(QStringLiteral("Stopped at ") + runState().SavedStatus.mid(10));
     if (ClosePending)
-        Unload();
+        closeFromProgram();
 }
 
-void frmMain::Unload()
+void frmMain::closeFromProgram()
 {
     m_unloading = true;
     close();
@@ -461,10 +462,7 @@ void frmMain::closeEvent(QCloseEvent *event)
     // The window is going: none of its timers may tick into the run again.
     for (QTimer *timer : findChildren<QTimer *>())
         timer->stop();
-    if (theMainWindow == this) {
-        theMainWindow = nullptr;
-        installMainWindowLink(nullptr);
-    }
+    withdraw();
 }
 
 // Saves the magazine, offers to save a changed configuration, stops the

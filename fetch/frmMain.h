@@ -3,6 +3,7 @@
 // buttons, counters, lamps and status line, and the picture area.
 
 #include "app/main_window_link.h"
+#include "view/main_window_parts.h"
 
 #include <QGroupBox>
 #include <QWidget>
@@ -19,13 +20,14 @@ class QPushButton;
 class QRadioButton;
 class QTimer;
 
-class frmMain : public QWidget, public MainWindowLink {
+class frmMain : public QWidget, public MainWindowLink, public MainWindowParts {
     Q_OBJECT
 public:
     explicit frmMain(QWidget *parent = nullptr);
     ~frmMain() override;
 
-    // The window that start-up opened; null before and after.
+    // The window that start-up opened (the installed main-window link); null
+    // before it is created and once it has closed.
     static frmMain *instance();
 
     void Form_Load();
@@ -34,10 +36,11 @@ public:
     void SetToolTips();
     void txtMaskForceFocus();
     void Start();
-    void JPEGNext(bool keepFocus);
-    void JPEGSave(bool keepFocus);
+    void JPEGNext(bool keepFocus) override;
+    void JPEGSave(bool keepFocus) override;
     void IncrementFoward();
-    void IncrementBack();
+    void IncrementBack() override;
+    QWidget *form() override { return this; }
     void IndicatorsGo();
     void IndicatorsStop();
     void BlinkYellow();
@@ -45,6 +48,8 @@ public:
     void StopTransfer();
     void GoGetIt();
     void SetToContinue();
+    QString stepToNextName();
+    void loadShot(const QString &address, const QString &mask, const QString &groups, bool forward);
 
     // MainWindowLink: the settings load and save reach these.
     void setMagFeedChecked(bool checked) override;
@@ -54,35 +59,21 @@ public:
 
     QString GroupText;
 
-    // Controls, named as the user knows them.
+    // Controls, named as the user knows them (more in MainWindowParts).
     QLineEdit *txtAddress;
     QLineEdit *txtMask;
     QLabel *lblMask;
-    QLineEdit *txtIncrement;
     QLabel *lblIncrement;
-    QLineEdit *txtTotalDown;
     QLabel *lblDownLoad;
-    QLineEdit *txtTotal;
     QLabel *lblSaved;
-    QLineEdit *txtStatus;
     QPushButton *cmdAddress;
-    QPushButton *cmdStart;
-    QPushButton *cmdNext;
-    QPushButton *cmdSave;
-    QPushButton *cmdSkip;
     QPushButton *cmdQuit;
     QPushButton *cmdConfig;
     QPushButton *cmdLoadMag;
-    QCheckBox *chkAuto;
     QGroupBox *framOptions;
     QCheckBox *chkMagEnable;
     QGroupBox *framDirection;
-    QRadioButton *optFoward;
-    QRadioButton *optBack;
     QRadioButton *optSame;
-    QGroupBox *framLarge;
-    QWidget *pictBase;
-    QLabel *pictMain;
     Lamp *shpYellow;
     Lamp *shpRed;
     Lamp *shpGreen;
@@ -94,7 +85,6 @@ public:
     QTimer *timInetCancel;
     QTimer *timTimeOut1;
     QTimer *timTimeOut2;
-    QTimer *timOkToShift;
 
     // Set when the user asked to close the window; the close follows once the
     // transfer is cancelled.
@@ -110,11 +100,7 @@ public:
 
     // Closes the window from the program itself (after the quit path, or at the
     // limit); any other close is the user's and takes the quit path.
-    void Unload();
-
-signals:
-    // A picture was cut after its end marker and kept in the temporary file.
-    void pictureStored();
+    void closeFromProgram();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -139,12 +125,13 @@ private:
     void txtMask_GotFocus();
     void openMaskEditor();
     void showCurrentUrl(bool copy);
+    void openMagazine();
     void cmdAddress_Click();
     void connectRunHandlers();
     void connectTransferHandlers();
     void Inet1_StateChanged(int state);
-    void connectionFailed();
-    void secureTransferRefused();
+    void stopWhenCannotConnect();
+    void nameRefusedAddress();
     void RepeatOrCount();
     void retryStep();
     void RestartTimeOut();
@@ -156,12 +143,13 @@ private:
     void timInetCancel_Timer();
     bool Form_Unload();
     void unloadOtherWindows();
+    void withdraw();
 
     QButtonGroup *m_directions;
     bool m_unloading = false;
     bool m_derivedMask = false;
     bool m_advancedEdit = false;
-    bool m_swallowPress = false; // a refused step took the click on its way
+    bool m_dropButtonPress = false; // a refused step took the click on its way to a button
 };
 
 // Opens the main window as start-up does: loaded, shown, the address box focused.

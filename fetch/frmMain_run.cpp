@@ -8,13 +8,14 @@
 #include "app/numbers.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
-#include "fetch/controls.h"
+#include "app/controls.h"
 #include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "magazine/frmMagazine.h"
 #include "platform/seams.h"
 #include "ui/frmConfig.h"
 #include "ui/frmMaskEdit.h"
+#include "view/saving.h"
 
 #include <QCheckBox>
 #include <QEvent>
@@ -29,8 +30,6 @@
 namespace {
 
 const QString InvalidUrlTitle = QStringLiteral("Hmmm...");
-
-QString groupTip(const QString &groups) { return QStringLiteral("Group [") + groups + QStringLiteral("] "); }
 
 // A focus change inside the window, not the window losing activation (to the
 // projector, a message box or another program).
@@ -92,7 +91,7 @@ bool frmMain::startChecks(const QString &url)
     run.UrlExtension = sParseExts(url);
     if (run.UrlExtension.isEmpty())
         return false;
-    run.StartBaseName = sTrimExtensions(sRetFNames(url, QStringLiteral("/")));
+    run.StartBaseName = sBaseName(url);
     if (run.StartBaseName == ErrorText)
         return false;
     if (!bIsValidMask(run.StartBaseName, run.RunMask, run.RunGroups)) {
@@ -105,11 +104,8 @@ bool frmMain::startChecks(const QString &url)
 
 void frmMain::beginRun()
 {
+    // The step was read from its box by the check that START makes first.
     RunState &run = runState();
-    const std::optional<qint16> step = roundToInt16(leadingNumber(txtIncrement->text()));
-    if (!step)
-        throw Fault(fault::Overflow);
-    run.StepIncrement = *step;
     if (settings().SaveAsSeries.boolGet()) {
         run.SeriesId = NextSeriesNumber();
         run.SeriesNumber = 0;
@@ -165,7 +161,7 @@ void frmMain::LoadMaskEdit()
 {
     try {
         MaskEditTexts &texts = maskEditTexts();
-        texts.sMaskBaseName = sTrimExtensions(sRetFNames(txtAddress->text().trimmed(), QStringLiteral("/")));
+        texts.sMaskBaseName = sBaseName(txtAddress->text().trimmed());
         texts.sMaskDirections = sMaskToDirections(txtMask->text().trimmed());
         texts.sMaskGroups = GroupText;
         texts.bMaskEditFromMagazine = false;
@@ -223,24 +219,38 @@ void frmMain::moveOffset(bool forward)
         return;
     RunState &run = runState();
     const bool up = forward == optFoward->isChecked();
-    const qint64 moved = qint64(run.StepOffset) + (up ? run.StepIncrement : -qint64(run.StepIncrement));
-    if (moved < std::numeric_limits<qint32>::min() || moved > std::numeric_limits<qint32>::max())
-        throw Fault(fault::Overflow);
-    run.StepOffset = qint32(moved);
+    run.StepOffset = checkedAdd(run.StepOffset, up ? run.StepIncrement : -run.StepIncrement);
+}
+
+// Steps forward and names the file there, "Out of Range" when a counter cannot
+// go that far. The counters step by at most 16 bits: a larger offset is an overflow.
+QString frmMain::stepToNextName()
+{
+    IncrementFoward();
+    const RunState &run = runState();
+    return sStepGroups(run.StartBaseName, run.RunMask, run.RunGroups, checkedInt16(run.StepOffset), true);
+}
+
+// Puts an address, its mask with their groups and a direction into the window
+// (a magazine shot, or row 1 of the magazine fired by hand).
+void frmMain::loadShot(const QString &address, const QString &mask, const QString &groups, bool forward)
+{
+    txtAddress->setText(address);
+    txtMask->setText(mask);
+    GroupText = groups;
+    txtMask->setToolTip(groupTip(groups));
+    (forward ? optFoward : optBack)->setChecked(true);
 }
 
 void frmMain::SkipOne()
 {
     try {
-        RunState &run = runState();
-        IncrementFoward();
-        if (run.StepOffset < std::numeric_limits<qint16>::min() || run.StepOffset > std::numeric_limits<qint16>::max())
-            throw Fault(fault::Overflow);
-        const QString name = sStepGroups(run.StartBaseName, run.RunMask, run.RunGroups, qint16(run.StepOffset), true);
+        const QString name = stepToNextName();
         if (name == OutOfRangeText) {
             txtStatus->setText(name);
             return;
         }
+        const RunState &run = runState();
         txtStatus->setText(isCompressStrings(run.StatusMaxLen, QStringLiteral("Skipping ") + run.UrlFolder + name
                                                                    + run.UrlExtension));
     } catch (const Fault &f) {
@@ -277,8 +287,8 @@ bool frmMain::txtIncrement_LostFocus()
     txtIncrement->setFocus();
     // A mouse press that moved the focus here is still on its way to its
     // button: the box took that click, so the button must not go down.
-    m_swallowPress = true;
-    QTimer::singleShot(0, this, [this] { m_swallowPress = false; });
+    m_dropButtonPress = true;
+    QTimer::singleShot(0, this, [this] { m_dropButtonPress = false; });
     return false;
 }
 
@@ -304,7 +314,7 @@ void frmMain::openMaskEditor()
     if (address.isEmpty()) {
         txtMask->clear();
     } else if (address != QStringLiteral("Enter JPEG URL Here!")) {
-        const QString base = sTrimExtensions(sRetFNames(address, QStringLiteral("/")));
+        const QString base = sBaseName(address);
         if (base != ErrorText && bIsValidMask(base, txtMask->text(), GroupText)) {
             LoadMaskEdit();
             return;
@@ -312,6 +322,30 @@ void frmMain::openMaskEditor()
     }
     const QScopedValueRollback advanced(m_advancedEdit, true);
     txtMaskForceFocus();
+}
+
+// Opens the magazine over the window; the magazine button stays disabled
+// until the dialog closes.
+void frmMain::openMagazine()
+{
+    cmdLoadMag->setEnabled(false);
+    auto *dialog = new frmMagazine(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &frmMagazine::fired, this,
+            [this](const QString &address, const QString &mask, const QString &groups, bool forward) {
+                loadShot(address, mask, groups, forward);
+                Start();
+            });
+    connect(dialog, &frmMagazine::accepted, this, [this] {
+        SetcmdMagCaption();
+        cmdLoadMag->setEnabled(true);
+        chkMagEnable->setChecked(true);
+    });
+    connect(dialog, &frmMagazine::closed, this, [this] { cmdLoadMag->setEnabled(true); });
+    dialog->Form_Load();
+    dialog->move(geometry().center() - dialog->rect().center());
+    dialog->show();
+    dialog->activateWindow();
 }
 
 void frmMain::showCurrentUrl(bool copy)
@@ -378,7 +412,7 @@ void frmMain::connectRunHandlers()
         cmdConfig->setEnabled(false); // the dialog enables it again when it closes
         openConfigDialog();
     });
-    connect(cmdLoadMag, &QPushButton::clicked, this, [this] { openMagazine(*this); });
+    connect(cmdLoadMag, &QPushButton::clicked, this, &frmMain::openMagazine);
     for (QObject *watched : {static_cast<QObject *>(txtIncrement), static_cast<QObject *>(txtAddress),
                              static_cast<QObject *>(txtMask), static_cast<QObject *>(lblIncrement),
                              static_cast<QObject *>(lblDownLoad), static_cast<QObject *>(lblSaved),
@@ -392,8 +426,8 @@ bool frmMain::eventFilter(QObject *watched, QEvent *event)
 {
     const QEvent::Type type = event->type();
     RunState &run = runState();
-    if (type == QEvent::MouseButtonPress && m_swallowPress && qobject_cast<QPushButton *>(watched)) {
-        m_swallowPress = false;
+    if (type == QEvent::MouseButtonPress && m_dropButtonPress && qobject_cast<QPushButton *>(watched)) {
+        m_dropButtonPress = false;
         return true;
     }
     if (type == QEvent::FocusOut && watched == txtIncrement && movesFocusWithin(*event))

@@ -4,16 +4,19 @@
 #include "fetch/frmMain.h"
 
 #include "app/bug_alert.h"
+#include "app/numbers.h"
 #include "app/paths.h"
 #include "app/settings.h"
 #include "app/temp_pictures.h"
 #include "engine/ModFunct.h"
-#include "fetch/controls.h"
+#include "app/controls.h"
 #include "fetch/lamp.h"
 #include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "platform/Inet1.h"
 #include "platform/seams.h"
+#include "view/display.h"
+#include "view/saving.h"
 
 #include <QCheckBox>
 #include <QCoreApplication>
@@ -23,8 +26,9 @@
 
 namespace {
 
-// A classic timer: an interval of 0 leaves it off, a negative one is refused.
-void arm(QTimer *timer, qint32 milliseconds)
+// Starts one slice of the reply time-out on a timer. As with a classic timer,
+// an interval of 0 leaves it off and a negative one is refused.
+void startTimeOutSlice(QTimer *timer, qint32 milliseconds)
 {
     if (milliseconds < 0)
         throw Fault(QStringLiteral("Invalid property value"));
@@ -45,14 +49,6 @@ void processEventsSoon(QElapsedTimer &since)
 {
     if (since.elapsed() >= 4)
         processEventsNow(since);
-}
-
-qint32 addChecked(qint32 a, qint32 b)
-{
-    qint32 sum = 0;
-    if (__builtin_add_overflow(a, b, &sum))
-        throw Fault(fault::Overflow);
-    return sum;
 }
 
 } // namespace
@@ -76,8 +72,8 @@ void frmMain::Inet1_StateChanged(int state)
             if (Inet1->StillExecuting())
                 return;
             TransferLive = false;
-            connectionFailed();
-            secureTransferRefused();
+            stopWhenCannotConnect();
+            nameRefusedAddress();
             RepeatOrCount();
             enableTimer(timCallGetNext);
         } else if (state == Inet::icResponseCompleted) {
@@ -91,10 +87,10 @@ void frmMain::Inet1_StateChanged(int state)
     }
 }
 
-// A failure to connect or to find the host stops the run when so configured.
-// The error text is looked for inside the two phrases run together, so an
-// empty text counts as found.
-void frmMain::connectionFailed()
+// A failure to connect or to find the host stops the run when so configured,
+// adds its advice to the status and beeps. The error text is looked for inside
+// the two phrases run together, so an empty text counts as found.
+void frmMain::stopWhenCannotConnect()
 {
     static const QString phrases = QStringLiteral("CANNOT CONNECTNAME NOT RESOLVED");
     const Settings &s = settings();
@@ -108,9 +104,9 @@ void frmMain::connectionFailed()
 }
 
 // A refused https:// transfer (its certificate, a redirect down to http, no
-// TLS on this system) names the address refused and why. Without TLS every
-// further call would fail the same way, so the run ends here.
-void frmMain::secureTransferRefused()
+// TLS on this system): the status names the address refused and why. Without
+// TLS every further call would fail the same way, so the run ends here.
+void frmMain::nameRefusedAddress()
 {
     if (Inet1->Refused() == Inet::Refusal::None)
         return;
@@ -130,7 +126,7 @@ void frmMain::GoGetIt()
             Inet1->StillExecuting();
             Inet1->Cancel();
             run.SaveAvailable = false;
-            run.FailedCalls = addChecked(run.FailedCalls, 1);
+            run.FailedCalls = checkedAdd(run.FailedCalls, 1);
             run.PendingStatus =
                 QStringLiteral("Failed Request for ") + run.CurrentFileName + QStringLiteral(" - File Not Found!");
         } else {
@@ -218,7 +214,6 @@ bool frmMain::storePicture(QByteArray &buffer)
         if (!writeTempFile(buffer))
             return false;
         run.TempPicture = buffer; // shown and saved from memory, not read back
-        emit pictureStored();
         run.SaveAvailable = true;
         run.StatusVerb = QStringLiteral("Requesting ");
         run.Repeating = false;
@@ -307,7 +302,7 @@ void frmMain::retryStep()
         IncrementBack();
         run.StatusVerb = QStringLiteral("Repeating ");
     } else {
-        run.FailedCalls = addChecked(run.FailedCalls, 1);
+        run.FailedCalls = checkedAdd(run.FailedCalls, 1);
         run.Repeating = false;
     }
 }
@@ -316,12 +311,9 @@ void frmMain::RestartTimeOut()
 {
     timTimeOut1->stop();
     timTimeOut2->stop();
-    qint32 ms = 0;
-    if (__builtin_mul_overflow(settings().TimeOut.LongGet(), 1000, &ms))
-        throw Fault(fault::Overflow);
-    TimeOutMs = ms;
+    TimeOutMs = checkedMul(settings().TimeOut.LongGet(), 1000);
     TimeOutSpent = qMin(TimeOutMs, 60000);
-    arm(timTimeOut1, TimeOutSpent);
+    startTimeOutSlice(timTimeOut1, TimeOutSpent);
 }
 
 // One slice of the reply time-out has run out: end the call, or go on with
@@ -338,10 +330,10 @@ void frmMain::timeOutTick(QTimer *self, QTimer *other)
         SetToContinue();
     } else if (left <= 60000) {
         TimeOutSpent = TimeOutMs;
-        arm(other, left);
+        startTimeOutSlice(other, left);
     } else {
         TimeOutSpent += 60000;
-        arm(other, 60000);
+        startTimeOutSlice(other, 60000);
     }
 }
 

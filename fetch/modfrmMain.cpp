@@ -2,13 +2,15 @@
 
 #include "app/bug_alert.h"
 #include "app/modMain.h"
+#include "app/numbers.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
-#include "fetch/controls.h"
+#include "app/controls.h"
 #include "fetch/frmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "platform/Inet1.h"
 #include "platform/seams.h"
+#include "view/frmLarge.h"
 
 #include <QCheckBox>
 #include <QLineEdit>
@@ -22,15 +24,9 @@ namespace {
 void fireMagazineShot(frmMain &w)
 {
     MagazineArrays &m = magazine();
-    w.txtAddress->setText(m.Round.strGet(0));
-    w.txtMask->setText(m.Mask.strGet(0));
-    w.GroupText = m.Group.strGet(0);
-    w.txtMask->setToolTip(QStringLiteral("Group [") + w.GroupText + QStringLiteral("] "));
-    (m.Direct.boolGet(0) ? w.optFoward : w.optBack)->setChecked(true);
+    w.loadShot(m.Round.strGet(0), m.Mask.strGet(0), m.Group.strGet(0), m.Direct.boolGet(0));
     ShiftMagazine();
-    if (m.MagRowCount == std::numeric_limits<qint16>::min())
-        throw Fault(fault::Overflow);
-    m.MagRowCount = qint16(m.MagRowCount - 1);
+    m.MagRowCount = checkedInt16(m.MagRowCount - 1);
     SetcmdMagCaption();
     runState().RunActive = false;
     w.Start();
@@ -51,7 +47,7 @@ void stopAtLimit(frmMain &w, bool magazineEnabled)
         if (s.BeepOK.boolGet())
             platform::beeper().beep();
         s.ConfigChanged.boolLet(false);
-        w.Unload();
+        w.closeFromProgram();
         return;
     }
     run.PendingStatus = QStringLiteral("Enter URL");
@@ -70,6 +66,20 @@ qint32 controlTimeOut(qint32 seconds)
         return seconds; // no time-out for the window either
     return seconds > std::numeric_limits<qint32>::max() - ControlTimeOutMargin ? std::numeric_limits<qint32>::max()
                                                                                : seconds + ControlTimeOutMargin;
+}
+
+// The end of a series: like the failed-call limit in auto mode with the limit
+// applied, else the end of the run.
+void endSeries(frmMain &w)
+{
+    RunState &run = runState();
+    const Settings &s = settings();
+    if (w.chkAuto->isChecked() && s.LimitApplied.boolGet()) {
+        run.FailedCalls = checkedAdd(s.IncLimit.LongGet(), 1);
+        GetNext();
+    } else {
+        EndRun(QStringLiteral("Out of Range!"));
+    }
 }
 
 } // namespace
@@ -103,22 +113,6 @@ void GetNext()
     }
 }
 
-// The end of a series: like the failed-call limit in auto mode with the limit
-// applied, else the end of the run.
-void seriesOutOfRange(frmMain &w)
-{
-    RunState &run = runState();
-    const Settings &s = settings();
-    if (w.chkAuto->isChecked() && s.LimitApplied.boolGet()) {
-        if (s.IncLimit.LongGet() == std::numeric_limits<qint32>::max())
-            throw Fault(fault::Overflow);
-        run.FailedCalls = s.IncLimit.LongGet() + 1;
-        GetNext();
-    } else {
-        EndRun(QStringLiteral("Out of Range!"));
-    }
-}
-
 void SendRequest()
 {
     frmMain *w = frmMain::instance();
@@ -129,13 +123,9 @@ void SendRequest()
         run.ReplyArrived = false;
         QString name;
         if (!run.RequestCurrent) {
-            w->IncrementFoward();
-            if (run.StepOffset < std::numeric_limits<qint16>::min()
-                || run.StepOffset > std::numeric_limits<qint16>::max())
-                throw Fault(fault::Overflow);
-            name = sStepGroups(run.StartBaseName, run.RunMask, run.RunGroups, qint16(run.StepOffset), true);
+            name = w->stepToNextName();
             if (name == OutOfRangeText) {
-                seriesOutOfRange(*w);
+                endSeries(*w);
                 return;
             }
         } else {

@@ -17,11 +17,3 @@ void SendRequest();
 void ShiftMagazine();
 // The magazine button shows the shots remaining.
 void SetcmdMagCaption();
-
-// Display and saving (view/).
-// Shows the picture in the temporary file (good: it ended in its end marker).
-void ShowPic(bool good);
-// Saves the shown picture when saving is due.
-void SaveFile();
-// The projector's caption, when the projector is open.
-void setProjectorCaption(const QString &caption);

@@ -1,19 +1,16 @@
 #include "magazine/frmMagazine.h"
 
 #include "app/bug_alert.h"
+#include "app/controls.h"
 #include "app/mask_edit_texts.h"
 #include "app/modMain.h"
 #include "app/settings.h"
 #include "app/window_keys.h"
 #include "engine/ModFunct.h"
-#include "fetch/controls.h"
-#include "fetch/frmMain.h"
-#include "fetch/modfrmMain.h"
 #include "platform/seams.h"
 #include "ui/frmMaskEdit.h"
 
 #include <QApplication>
-#include <QCheckBox>
 #include <QCloseEvent>
 #include <QFocusEvent>
 #include <QGroupBox>
@@ -21,7 +18,6 @@
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
-#include <QRadioButton>
 #include <QTimer>
 
 namespace {
@@ -44,7 +40,7 @@ QString baseNameOf(const QString &url)
 {
     if (url.isEmpty() || !url.contains(QLatin1Char('/')))
         return QString();
-    const QString base = sTrimExtensions(sRetFNames(url, QStringLiteral("/")));
+    const QString base = sBaseName(url);
     return base == ErrorText ? QString() : base;
 }
 
@@ -296,7 +292,7 @@ void frmMagazine::iTxtMaskGotFocusRoutine(int row)
 }
 
 // The advanced mask editor for a row that has an address; the mask it
-// accepts comes back into the row through takeEditedMask.
+// accepts comes back into the row through bMagMaskEditCallBack.
 void frmMagazine::CallMaskEdit(int row)
 {
     try {
@@ -314,11 +310,10 @@ void frmMagazine::CallMaskEdit(int row)
         texts.sMaskDirections = sMaskToDirections(mask);
         texts.sMaskGroups = mask == txtMask[row]->text() ? m_groups[row] : sMaskToGroups(mask);
         texts.bMaskEditFromMagazine = true;
-        bMagMaskEditCallBack = false;
         QPointer<frmMagazine> self(this);
         if (frmMaskEdit::open(this, [self, row] {
                 if (self)
-                    self->takeEditedMask(row);
+                    self->bMagMaskEditCallBack(row);
             }))
             showStatus(QStringLiteral("Mark The Counters Of Row %1, Then Press SET").arg(rowText(row)));
     } catch (const Fault &f) {
@@ -326,9 +321,8 @@ void frmMagazine::CallMaskEdit(int row)
     }
 }
 
-void frmMagazine::takeEditedMask(int row)
+void frmMagazine::bMagMaskEditCallBack(int row)
 {
-    bMagMaskEditCallBack = true;
     const MaskEditTexts &texts = maskEditTexts();
     txtMask[row]->setText(texts.sMaskDirections);
     m_groups[row] = texts.sMaskGroups;
@@ -400,7 +394,7 @@ bool frmMagazine::checkRow(int row)
         showStatus(QStringLiteral("Fix The URL In Row %1, Or Eject It").arg(rowText(row)));
         return false;
     }
-    const QString name = sTrimExtensions(sRetFNames(url, QStringLiteral("/")));
+    const QString name = sBaseName(url);
     if (name == ErrorText)
         throw Fault(fault::InvalidCall);
     if (!bIsValidMask(name, txtMask[row]->text(), m_groups[row])) {
@@ -436,11 +430,7 @@ void frmMagazine::cmdOK_Click()
             m.Direct.boolLet(row, values.forward);
         }
         m.MagRowCount = count;
-        SetcmdMagCaption();
-        if (frmMain *w = frmMain::instance()) {
-            w->cmdLoadMag->setEnabled(true);
-            w->chkMagEnable->setChecked(true);
-        }
+        emit accepted();
         close();
     } catch (const Fault &f) {
         BugAlert(QStringLiteral("cmdOK_Click"), QString(), f);
@@ -452,21 +442,13 @@ void frmMagazine::cmdOK_Click()
 void frmMagazine::cmdFireOne_Click()
 {
     try {
-        frmMain *w = frmMain::instance();
-        if (!w)
-            return;
         syncRows();
         if (txtURL[0]->text().isEmpty()) {
             platform::msgBox(QStringLiteral("Row 1 is empty!"), QStringLiteral("OOPS!"), platform::Icon::Information);
             return;
         }
         const Row first = readRow(0);
-        w->txtAddress->setText(first.url);
-        w->txtMask->setText(first.mask);
-        w->GroupText = first.group;
-        w->txtMask->setToolTip(QStringLiteral("Group [") + first.group + QStringLiteral("] "));
-        (first.forward ? w->optFoward : w->optBack)->setChecked(true);
-        w->Start();
+        emit fired(first.url, first.mask, first.group, first.forward);
         cmdOK->click();
     } catch (const Fault &f) {
         BugAlert(QStringLiteral("cmdFireOne_Click"), QString(), f);
@@ -475,19 +457,6 @@ void frmMagazine::cmdFireOne_Click()
 
 void frmMagazine::closeEvent(QCloseEvent *event)
 {
-    if (frmMain *w = frmMain::instance())
-        w->cmdLoadMag->setEnabled(true);
+    emit closed();
     event->accept();
-}
-
-frmMagazine *openMagazine(frmMain &main)
-{
-    main.cmdLoadMag->setEnabled(false);
-    auto *dialog = new frmMagazine(&main);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->Form_Load();
-    dialog->move(main.geometry().center() - dialog->rect().center());
-    dialog->show();
-    dialog->activateWindow();
-    return dialog;
 }

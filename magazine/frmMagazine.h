@@ -3,7 +3,8 @@
 // directions, which the sequencer fires one after another at the failed-call
 // limit. The rows live in the program-wide magazine arrays; the dialog edits a
 // copy of them as they were when it opened (the shots fired meanwhile leave it
-// alone) and stores its rows, from the top, when the user accepts.
+// alone) and stores its rows, from the top, when the user accepts. It tells
+// its opener what happened through its signals and knows nothing of it.
 
 #include <QElapsedTimer>
 #include <QString>
@@ -11,7 +12,6 @@
 
 #include <array>
 
-class frmMain;
 class QGroupBox;
 class QLabel;
 class QLineEdit;
@@ -26,10 +26,8 @@ public:
 
     // Fonts, tips and the rows from the magazine arrays.
     void Form_Load();
-    // Set when the advanced mask editor handed a mask back for a row.
-    bool bMagMaskEditCallBack = false;
-    // The group string kept for a row's mask.
-    QString rowGroup(int row) const { return m_groups.at(row); }
+    // The advanced mask editor hands the mask it accepted back for a row.
+    void bMagMaskEditCallBack(int row);
 
     // The rows, indexed 0 to 9.
     std::array<QLineEdit *, Rows> txtURL;
@@ -46,6 +44,14 @@ public:
     QLabel *lblUrls;
     QLabel *lblMask;
     QLabel *lblEject;
+
+signals:
+    // FIRE ONE: row 1, to be loaded into the main window and started; the
+    // rows are accepted right after.
+    void fired(const QString &address, const QString &mask, const QString &groups, bool forward);
+    // The rows were stored into the magazine arrays (MagRowCount set).
+    void accepted();
+    void closed();
 
 protected:
     void closeEvent(QCloseEvent *event) override;
@@ -78,7 +84,6 @@ private:
     void lblRow_Click(int row);
     void iTxtMaskGotFocusRoutine(int row);
     void CallMaskEdit(int row);
-    void takeEditedMask(int row);
     void syncRows();
     bool checkRow(int row);
     void cmdOK_Click();
@@ -90,7 +95,3 @@ private:
     int m_pastedRow = -1;
     QElapsedTimer m_pastedAt;
 };
-
-// Opens the magazine over the main window; the main window's magazine button
-// stays disabled until the dialog closes.
-frmMagazine *openMagazine(frmMain &main);

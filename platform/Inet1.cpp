@@ -1,11 +1,12 @@
 #include "platform/Inet1.h"
 
+#include "platform/seams.h"
+
 #include <QNetworkAccessManager>
 #include <QNetworkProxy>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QSslConfiguration>
-#include <QSslSocket>
 #include <QTimer>
 #include <QUrl>
 
@@ -29,9 +30,6 @@ constexpr qint64 ReadAhead = 256 * 1024;
 
 // Redirects followed at most; at the end of a longer chain the last redirect is the reply.
 constexpr int MaxRedirects = 5;
-
-// Whether TLS connections can be made: -1 not asked yet.
-int tlsState = -1;
 
 bool isSecure(const QUrl &address)
 {
@@ -136,11 +134,7 @@ void Inet::Execute(const QString &url, const QString &operation)
     QNetworkRequest request(address);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
     request.setMaximumRedirectsAllowed(MaxRedirects);
-    if (!ExtraAuthorities.isEmpty()) {
-        QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
-        tls.setCaCertificates(QSslConfiguration::systemCaCertificates() + ExtraAuthorities);
-        request.setSslConfiguration(tls);
-    }
+    request.setSslConfiguration(platform::network().tlsConfiguration());
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     m_timeOutSet = qBound(0, int(RequestTimeout), INT_MAX / 1000);
     request.setTransferTimeout(m_timeOutSet * 1000);
@@ -193,10 +187,11 @@ void Inet::watch(QNetworkReply *reply)
     connect(reply, &QNetworkReply::finished, this, [this, reply] { replyFinished(reply); });
 }
 
-// The body (as announced, or as held so far) may not grow beyond MaxBody.
+// The body (as announced, or as held so far) may not grow beyond the largest
+// the system allows.
 void Inet::refuseLargeBody(qint64 size)
 {
-    if (size <= MaxBody || m_tooLarge || !m_reply)
+    if (size <= platform::network().maxBody() || m_tooLarge || !m_reply)
         return;
     m_tooLarge = true;
     m_reply->abort(); // finishes the reply: see replyFinished
@@ -248,7 +243,7 @@ void Inet::replyFinished(QNetworkReply *reply)
     if (reply != m_reply)
         return;
     if (m_tooLarge) {
-        m_responseInfo = QStringLiteral("Reply too large (over %1 MiB)").arg(MaxBody >> 20);
+        m_responseInfo = QStringLiteral("Reply too large (over %1 MiB)").arg(platform::network().maxBody() >> 20);
         post(icError);
         return;
     }
@@ -289,20 +284,13 @@ void Inet::refuse(Refusal refusal, const QString &address, const QString &reason
     post(icError);
 }
 
-bool Inet::TlsAvailable()
-{
-    if (tlsState < 0)
-        tlsState = QSslSocket::supportsSsl() ? 1 : 0;
-    return tlsState == 1;
-}
+bool Inet::TlsAvailable() { return platform::network().tlsAvailable(); }
 
 void Inet::CheckTlsAtStartup()
 {
     if (!TlsAvailable())
         std::fprintf(stderr, "tolmara: %s: https:// addresses cannot be fetched\n", qPrintable(noTls));
 }
-
-void Inet::SetTlsAvailable(bool available) { tlsState = available ? 1 : 0; }
 
 void Inet::checkTimeOut()
 {

@@ -93,7 +93,6 @@ public:
     // says so in one line on the error output when it cannot.
     static bool TlsAvailable();
     static void CheckTlsAtStartup();
-    static void SetTlsAvailable(bool available);
 
     // Read by Execute.
     int RemotePort = 80;     // used when the address names no port
@@ -118,13 +117,6 @@ public:
         QElapsedTimer m_changed;
     };
     Seconds RequestTimeout = 60;
-    // A reply whose body grows beyond this many bytes fails the transfer, so that an
-    // endless body cannot take all the memory.
-    static constexpr qint64 MaxBodyBytes = qint64(1) << 30;
-    qint64 MaxBody = MaxBodyBytes;
-    // Certificate authorities this control trusts besides the system's roots
-    // (a test's own throw-away authority); no other transfer sees them.
-    QList<QSslCertificate> ExtraAuthorities;
 
 signals:
     void StateChanged(int state);
@@ -149,7 +141,7 @@ private:
     bool m_executing = false;
     bool m_requestSent = false;
     bool m_dataReportQueued = false; // one "data arrived" report waits at most
-    bool m_tooLarge = false;         // the body went over MaxBody
+    bool m_tooLarge = false;         // the body went over the network seam's maxBody
     int m_proxyAccess = -1;          // AccessType the manager's proxy was set for
     int m_timeOutSet = 0;            // RequestTimeout given to the network layer by Execute
     QDeadlineTimer m_rest;           // end of a request whose RequestTimeout changed meanwhile

@@ -11,6 +11,7 @@
 #include <QMessageBox>
 #include <QScreen>
 #include <QSettings>
+#include <QSslSocket>
 
 #include <cstdio>
 
@@ -251,5 +252,12 @@ qint32 NoDialUp::enumConnections(QList<DialUpConnection> &connections)
 qint32 NoDialUp::hangUp(quintptr) { return 0; }
 
 QDateTime QtClock::now() const { return QDateTime::currentDateTime(); }
+
+bool QtNetwork::tlsAvailable()
+{
+    if (m_tls < 0)
+        m_tls = QSslSocket::supportsSsl() ? 1 : 0;
+    return m_tls == 1;
+}
 
 } // namespace platform

@@ -77,4 +77,16 @@ public:
     QDateTime now() const override;
 };
 
+// TLS as the Qt plugin (OpenSSL) provides it, checked against the system's
+// trusted roots.
+class QtNetwork : public Network {
+public:
+    bool tlsAvailable() override;
+    QSslConfiguration tlsConfiguration() override { return QSslConfiguration::defaultConfiguration(); }
+    qint64 maxBody() override { return MaxBodyBytes; }
+
+private:
+    int m_tls = -1; // not asked yet
+};
+
 } // namespace platform

@@ -29,6 +29,7 @@ Slot<DialUp, RasDialUp> dialUpSlot;
 Slot<DialUp, NoDialUp> dialUpSlot;
 #endif
 Slot<Clock, QtClock> clockSlot;
+Slot<Network, QtNetwork> networkSlot;
 
 } // namespace
 
@@ -39,6 +40,7 @@ Beeper &beeper() { return beeperSlot.get(); }
 Screen &screen() { return screenSlot.get(); }
 DialUp &dialUp() { return dialUpSlot.get(); }
 Clock &clock() { return clockSlot.get(); }
+Network &network() { return networkSlot.get(); }
 
 void install(MessageBoxes *seam) { messageBoxSlot.installed = seam; }
 void install(SettingsStore *seam) { settingsSlot.installed = seam; }
@@ -47,6 +49,7 @@ void install(Beeper *seam) { beeperSlot.installed = seam; }
 void install(Screen *seam) { screenSlot.installed = seam; }
 void install(DialUp *seam) { dialUpSlot.installed = seam; }
 void install(Clock *seam) { clockSlot.installed = seam; }
+void install(Network *seam) { networkSlot.installed = seam; }
 
 Answer msgBox(const QString &text, const QString &title, Icon icon, Buttons buttons)
 {

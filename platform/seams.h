@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QList>
 #include <QSize>
+#include <QSslConfiguration>
 #include <QString>
 
 namespace platform {
@@ -88,6 +89,21 @@ public:
     virtual QDateTime now() const = 0;
 };
 
+// A reply's body may grow to this many bytes; beyond, the transfer fails, so
+// that an endless body cannot take all the memory.
+inline constexpr qint64 MaxBodyBytes = qint64(1) << 30;
+
+// What the transfer control takes from the system around it: whether TLS
+// works at all, the TLS configuration (the certificate authorities trusted)
+// and how large a body a reply may have.
+class Network {
+public:
+    virtual ~Network() = default;
+    virtual bool tlsAvailable() = 0;
+    virtual QSslConfiguration tlsConfiguration() = 0;
+    virtual qint64 maxBody() = 0;
+};
+
 // The installed seams. Each accessor returns the installed object; installing
 // nullptr puts the Qt implementation back.
 MessageBoxes &messageBoxes();
@@ -97,6 +113,7 @@ Beeper &beeper();
 Screen &screen();
 DialUp &dialUp();
 Clock &clock();
+Network &network();
 
 void install(MessageBoxes *seam);
 void install(SettingsStore *seam);
@@ -105,6 +122,7 @@ void install(Beeper *seam);
 void install(Screen *seam);
 void install(DialUp *seam);
 void install(Clock *seam);
+void install(Network *seam);
 
 // False in a session without a display server to show windows on (Windows
 // always has its desktop).

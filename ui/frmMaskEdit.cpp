@@ -6,7 +6,7 @@
 #include "app/settings.h"
 #include "app/window_keys.h"
 #include "engine/ModFunct.h"
-#include "fetch/controls.h"
+#include "app/controls.h"
 
 #include <QCloseEvent>
 #include <QGuiApplication>

@@ -1,13 +1,15 @@
 #include "view/display.h"
 
 #include "app/bug_alert.h"
-#include "fetch/frmMain.h"
-#include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
+#include "app/main_window_link.h"
+#include "app/numbers.h"
+#include "app/run_state.h"
 #include "view/frmLarge.h"
+#include "view/main_window_parts.h"
 #include "view/picture_mouse.h"
 
 #include <QBuffer>
+#include <QGroupBox>
 #include <QImageReader>
 #include <QLabel>
 #include <QLineEdit>
@@ -22,7 +24,7 @@ constexpr int PictureMemoryLimit = 512;
 
 const QString CorruptFileText = QStringLiteral("Load Picture Error - Possible Corrupt File!");
 
-void showCorruptFile(frmMain &w)
+void showCorruptFile(MainWindowParts &w)
 {
     w.txtStatus->setText(CorruptFileText);
     w.pictMain->clear();
@@ -33,13 +35,7 @@ void showCorruptFile(frmMain &w)
 
 } // namespace
 
-qint32 countedUp(qint32 counter)
-{
-    qint32 next = 0;
-    if (__builtin_add_overflow(counter, 1, &next))
-        throw Fault(fault::Overflow);
-    return next;
-}
+MainWindowParts *mainWindowParts() { return dynamic_cast<MainWindowParts *>(&mainWindowLink()); }
 
 QPixmap loadPicture(const QString &path, const QByteArray &held)
 {
@@ -75,14 +71,14 @@ void placePicture(QLabel *box, const QPixmap &picture)
 
 void ShowPic(bool good)
 {
-    frmMain *w = frmMain::instance();
+    MainWindowParts *w = mainWindowParts();
     if (!w)
         return;
     RunState &run = runState();
     const QString damage = good ? QString() : QStringLiteral("...Damaged!");
     try {
         w->framLarge->setTitle(QStringLiteral("JPEG - ") + run.CurrentFileName + damage);
-        run.MinedCount = countedUp(run.MinedCount);
+        run.MinedCount = checkedAdd(run.MinedCount, 1);
         w->txtTotalDown->setText(QString::number(run.MinedCount));
     } catch (const Fault &f) {
         BugAlert(QStringLiteral("ShowPic Module"), QString(), f);
@@ -103,7 +99,7 @@ void ShowPic(bool good)
             p->showPicture(run.ProjectorTitle, picture);
 }
 
-void attachPictureArea(frmMain &w)
+void attachPictureArea(MainWindowParts &w)
 {
     auto *mouse = new PictureMouse(w.pictBase, w.pictMain, w.timOkToShift);
     mouse->onDoubleClick = [&w](QWidget *watched, Qt::MouseButton button) {

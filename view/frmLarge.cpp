@@ -2,11 +2,10 @@
 
 #include "app/bug_alert.h"
 #include "app/modMain.h"
+#include "app/run_state.h"
 #include "app/settings.h"
-#include "fetch/frmMain.h"
-#include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
 #include "view/display.h"
+#include "view/main_window_parts.h"
 #include "view/picture_mouse.h"
 
 #include <QCheckBox>
@@ -85,7 +84,7 @@ void frmLarge::keyPressEvent(QKeyEvent *event)
 // The command keys; true when the key was one of them.
 bool frmLarge::Form_KeyDown(int keyCode)
 {
-    frmMain *w = frmMain::instance();
+    MainWindowParts *w = mainWindowParts();
     if (!w)
         return false;
     switch (keyCode) {
@@ -111,7 +110,7 @@ bool frmLarge::Form_KeyDown(int keyCode)
 // same picture again.
 void frmLarge::Form_KeyPress(const QString &key)
 {
-    frmMain *w = frmMain::instance();
+    MainWindowParts *w = mainWindowParts();
     if (!w || key.size() != 1)
         return;
     if (key == QLatin1String("<"))
@@ -124,7 +123,7 @@ void frmLarge::Form_KeyPress(const QString &key)
 
 void frmLarge::nextOneBack()
 {
-    frmMain *w = frmMain::instance();
+    MainWindowParts *w = mainWindowParts();
     try {
         w->IncrementBack();
         w->JPEGNext(true);
@@ -177,12 +176,12 @@ namespace {
 void placeProjector(frmLarge &p, QSize outer)
 {
     p.resize(outer - (p.frameGeometry().size() - p.geometry().size()));
-    frmMain *w = frmMain::instance();
+    MainWindowParts *w = mainWindowParts();
     const QScreen *screen = p.screen();
     if (!w || !screen)
         return;
     const QRect room = screen->availableGeometry();
-    const QRect main = w->frameGeometry();
+    const QRect main = w->form()->frameGeometry();
     int x = w->cmdStart->mapToGlobal(QPoint(0, 0)).x() - outer.width();
     if (main.right() + outer.width() <= room.right())
         x = main.right() + 1;
@@ -206,7 +205,7 @@ void openProjector()
         theProjector = new frmLarge;
         theProjector->setAttribute(Qt::WA_DeleteOnClose);
         theProjector->Form_Load();
-        if (frmMain *w = frmMain::instance())
+        if (MainWindowParts *w = mainWindowParts())
             theProjector->showPicture(theProjector->windowTitle(), w->pictMain->pixmap());
     }
     const ScreenProfile &profile = screenProfile();

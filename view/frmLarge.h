@@ -40,6 +40,9 @@ private:
 // The projector while it is open; null otherwise.
 frmLarge *projector();
 
+// The projector's caption, when the projector is open.
+void setProjectorCaption(const QString &caption);
+
 // A double-click on the main window's picture: restores a minimized
 // projector, else opens it (or brings it forward) at the screen's size for it.
 void openProjector();

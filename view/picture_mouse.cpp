@@ -1,6 +1,6 @@
 #include "view/picture_mouse.h"
 
-#include "fetch/frmMain.h"
+#include "view/main_window_parts.h"
 
 #include <QMouseEvent>
 #include <QPushButton>
@@ -84,7 +84,7 @@ void PictureMouse::mouseUp(const QMouseEvent &event)
 
 void pictureButtonCommand(Qt::MouseButton button)
 {
-    frmMain *w = frmMain::instance();
+    MainWindowParts *w = mainWindowParts();
     if (!w)
         return;
     if (button == Qt::RightButton && w->cmdSave->isEnabled())

@@ -1,19 +1,20 @@
 #include "view/saving.h"
 
 #include "app/bug_alert.h"
+#include "app/numbers.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
-#include "fetch/frmMain.h"
-#include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "platform/seams.h"
 #include "view/display.h"
+#include "view/main_window_parts.h"
 
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QGroupBox>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
@@ -63,7 +64,7 @@ bool isDeviceName(const QString &fileName)
 
 // A picture whose name cannot be used is not saved: a box tells the user who
 // pressed SAVE, the status line tells a Full Auto run.
-void refuseName(frmMain &w, const QString &fileName, const QString &fault)
+void refuseName(MainWindowParts &w, const QString &fileName, const QString &fault)
 {
     const QString text = QStringLiteral("Not saved: the picture's name \"") + fileName + QStringLiteral("\" ") + fault;
     if (runState().SavePressed)
@@ -72,7 +73,7 @@ void refuseName(frmMain &w, const QString &fileName, const QString &fault)
         w.txtStatus->setText(text);
 }
 
-bool saveIsDue(const frmMain &w)
+bool saveIsDue(const MainWindowParts &w)
 {
     return (w.chkAuto->isChecked() && settings().SaveFullAuto.boolGet()) || runState().SavePressed;
 }
@@ -84,7 +85,7 @@ QString targetName()
     RunState &run = runState();
     const Settings &s = settings();
     if (s.SaveAsSeries.boolGet()) {
-        run.SeriesNumber = countedUp(run.SeriesNumber);
+        run.SeriesNumber = checkedAdd(run.SeriesNumber, 1);
         return seriesFileName(run.SeriesId, run.SeriesNumber);
     }
     if (s.AutoRename.boolGet())
@@ -92,13 +93,13 @@ QString targetName()
     return run.CurrentFileName;
 }
 
-void countSave(frmMain &w)
+void countSave(MainWindowParts &w)
 {
     RunState &run = runState();
     const QString suffix = settings().SaveAsSeries.boolGet()
         ? QStringLiteral(" (Saved as $eries") + run.SeriesId + QStringLiteral(")")
         : QStringLiteral(" (saved)");
-    run.SavedCount = countedUp(run.SavedCount);
+    run.SavedCount = checkedAdd(run.SavedCount, 1);
     w.txtTotal->setText(QString::number(run.SavedCount));
     w.framLarge->setTitle(w.framLarge->title() + suffix);
     if (run.ProjectorShown)
@@ -156,19 +157,8 @@ QString replaceWhole(const QString &destination, Fill fill)
     return QString();
 }
 
-// The temporary picture is saved from memory when it is held there.
-QString saveOnce(const QString &source, const QString &destination)
-{
-    const RunState &run = runState();
-    if (source != run.TempFilePath || run.TempPicture.isEmpty())
-        return copyWhole(source, destination);
-    return replaceWhole(destination, [&run](QSaveFile &out) {
-        return writeAll(out, run.TempPicture.constData(), run.TempPicture.size()) ? QString() : out.errorString();
-    });
-}
-
-} // namespace
-
+// One copy attempt as CopyPicture makes it, without asking; the platform's
+// description of the failure, or an empty text on success.
 QString copyWhole(const QString &source, const QString &destination)
 {
     QFile in(source);
@@ -188,6 +178,19 @@ QString copyWhole(const QString &source, const QString &destination)
     });
 }
 
+// The temporary picture is saved from memory when it is held there.
+QString saveOnce(const QString &source, const QString &destination)
+{
+    const RunState &run = runState();
+    if (source != run.TempFilePath || run.TempPicture.isEmpty())
+        return copyWhole(source, destination);
+    return replaceWhole(destination, [&run](QSaveFile &out) {
+        return writeAll(out, run.TempPicture.constData(), run.TempPicture.size()) ? QString() : out.errorString();
+    });
+}
+
+} // namespace
+
 bool CopyPicture(const QString &source, const QString &destination)
 {
     for (;;) {
@@ -206,7 +209,7 @@ bool CopyPicture(const QString &source, const QString &destination)
 
 void SaveFile()
 {
-    frmMain *w = frmMain::instance();
+    MainWindowParts *w = mainWindowParts();
     if (!w)
         return;
     try {
@@ -221,7 +224,7 @@ void SaveFile()
             return;
         }
         if (s.SaveFullAuto.boolGet()) {
-            const QPointer<frmMain> window(w);
+            const QPointer<QWidget> window(w->form());
             QCoreApplication::processEvents();
             if (!window)
                 return;

@@ -6,16 +6,15 @@
 
 #include <QString>
 
+// Saves the shown picture when saving is due (Full Auto, or SAVE pressed).
+void SaveFile();
+
 // Copies source over destination, whole or not at all: the copy goes to a
 // temporary file beside the destination, which is synced to disk and then
 // takes the destination's name in one step. The run's temporary picture is
 // written from the bytes held in memory instead of being read back. On failure beeps (when so set) and offers Retry and
 // Cancel; false once the user cancels.
 bool CopyPicture(const QString &source, const QString &destination);
-
-// One copy attempt as above, without asking; the platform's description of
-// the failure, or an empty text on success.
-QString copyWhole(const QString &source, const QString &destination);
 
 // The name a series picture is saved under: "$eries" + id + "_" + its number,
 // at least two digits.

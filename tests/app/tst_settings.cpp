@@ -4,7 +4,7 @@
 #include "app/settings.h"
 #include "app/temp_pictures.h"
 #include "fetch/frmMain.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 #include "platform/Inet1.h"
 #include "support/fakes.h"
 #include "support/test_main.h"
@@ -106,7 +106,7 @@ void SettingsTest::magazineRows()
     QPointer<frmMain> window = fixture::openMainWindow(seams);
     platform::install(static_cast<platform::SettingsStore *>(&refusing));
     seams.boxes.expect(platform::Answer::Ok);
-    window->Unload();
+    window->closeFromProgram();
     QVERIFY(seams.boxes.texts().value(0).contains(u"in SaveMagURLs:\r\nInvalid procedure call"));
 }
 

@@ -36,7 +36,7 @@ private slots:
     void cleanup()
     {
         if (w)
-            w->Unload();
+            w->closeFromProgram();
         seams.reset();
     }
     void wholeRunOverARestart();

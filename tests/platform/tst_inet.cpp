@@ -1,6 +1,7 @@
 // The transfer control against a real HTTP server on 127.0.0.1.
 
 #include "platform/Inet1.h"
+#include "support/fakes.h"
 #include "support/http_server.h"
 #include "support/test_main.h"
 
@@ -44,6 +45,7 @@ static Seen fetch(Inet &inet, const QString &url, int lowerTo = -1)
 class TestInet : public QObject {
     Q_OBJECT
     ScriptedHttpServer *server = nullptr;
+    fakes::Network network;
     QByteArray jpeg = makeJpeg({320, 240}, true);
 
 private slots:
@@ -51,6 +53,8 @@ private slots:
     {
         delete server;
         server = new ScriptedHttpServer(this);
+        network = fakes::Network();
+        platform::install(&network);
         // A transfer must not ask the application's proxy (loopback never goes through one).
         QNetworkProxy::setApplicationProxy(QNetworkProxy(QNetworkProxy::HttpProxy, u"127.0.0.1"_s, 1));
     }
@@ -84,7 +88,7 @@ private slots:
         server->setScript(u"/a.jpg"_s, script);
         Inet inet;
         inet.RemotePort = server->port();
-        inet.MaxBody = 1 << 20;
+        network.bodyCap = 1 << 20;
         QFETCH(int, timeOut);
         inet.RequestTimeout = timeOut;
         const Seen seen = fetch(inet, url.isEmpty() ? u"http://127.0.0.1/a.jpg"_s : url, 1);
@@ -130,7 +134,7 @@ private slots:
         second.setScript(u"/b.jpg"_s, HttpScript::reply("image/jpeg", jpeg));
         Inet inet;
         if (certificate != u"untrusted"_s)
-            inet.ExtraAuthorities = {made.authority};
+            network.authorities = {made.authority};
         const Seen seen = fetch(inet, a);
         QCOMPARE(seen.info, info.replace(u"<to>"_s, b));
         // Refused is the address asked for, or the one redirected to whose certificate failed.

@@ -35,6 +35,14 @@ QStringList MessageBoxes::texts() const
     return all;
 }
 
+QSslConfiguration Network::tlsConfiguration()
+{
+    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+    if (!authorities.isEmpty())
+        tls.setCaCertificates(QSslConfiguration::systemCaCertificates() + authorities);
+    return tls;
+}
+
 QString TestSeams::scratchTemplate()
 {
     const QString memory = QStringLiteral("/dev/shm");
@@ -47,7 +55,7 @@ void TestSeams::install(bool on)
 {
     QDir(folder.path()).mkdir(QStringLiteral("program"));
     const auto put = [on](auto *...fakes) { (platform::install(on ? fakes : nullptr), ...); };
-    put(&boxes, store.get(), &clipboard, &beeper, &screen, &dialUp, &clock);
+    put(&boxes, store.get(), &clipboard, &beeper, &screen, &dialUp, &clock, &network);
     overrideProgramDir(on ? QDir::toNativeSeparators(programDir()) : QString());
     resetSettings();
     resetStartup();

@@ -83,6 +83,17 @@ struct Clock : platform::Clock {
     QDateTime time{QDate(2026, 3, 7), QTime(9, 5, 4)};
 };
 
+// TLS on or off, the test's own authority trusted besides the system's roots
+// (loading those roots is slow: only when an authority is given), a body cap.
+struct Network : platform::Network {
+    bool tlsAvailable() override { return tls; }
+    QSslConfiguration tlsConfiguration() override;
+    qint64 maxBody() override { return bodyCap; }
+    bool tls = true;
+    QList<QSslCertificate> authorities;
+    qint64 bodyCap = platform::MaxBodyBytes;
+};
+
 // Installs every fake, a settings store in a temporary folder, fresh program
 // state, and a program directory in a temporary folder.
 class TestSeams {
@@ -96,6 +107,7 @@ public:
     Screen screen;
     DialUp dialUp;
     Clock clock;
+    Network network;
     // settings file and program directory live here
     QTemporaryDir folder{scratchTemplate()};
     std::unique_ptr<platform::QtSettingsStore> store{new platform::QtSettingsStore(folder.path())};

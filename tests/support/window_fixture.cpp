@@ -3,7 +3,7 @@
 #include "app/modMain.h"
 #include "app/paths.h"
 #include "app/settings.h"
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 
 #include <QDir>
 #include <QFile>

@@ -148,7 +148,7 @@ void UiTest::entriesAndWaysOut()
     QVERIFY(main->cmdStart->toolTip().isEmpty() == taken && !main->findChild<QWidget *>(u"frmMagazine"_s)->findChild<QPushButton *>(u"cmdOK"_s)->toolTip().isEmpty());
     QCOMPARE(main->timCallGetNext->interval(), taken ? 6000 : 10);
     seams.boxes.answerAll(how.endsWith(QLatin1String("Yes")) ? platform::Answer::Yes : platform::Answer::No);
-    main->Unload(); // asks "Save Configuration!" when something was taken
+    main->closeFromProgram(); // asks "Save Configuration!" when something was taken
     QTRY_VERIFY(main.isNull());
     resetSettings();
     LookUpRegistry();
@@ -333,7 +333,7 @@ void UiTest::maskFromMainWindow()
     e = shownWindow<frmMaskEdit>();
     QVERIFY(e);
     QCOMPARE(e->rtbMask->toPlainText() + e->rtbGroup->toPlainText(), u"000++***&*"_s);
-    w->Unload();
+    w->closeFromProgram();
 }
 
 // F1 or the menu of a button opens the about box; a key or a click closes it.
@@ -358,7 +358,7 @@ void UiTest::about()
     chooseFromMenu(w->cmdQuit, true);
     QDesktopServices::unsetUrlHandler(u"file"_s);
     QCOMPARE(m_opened, QList{QUrl::fromLocalFile(settings().SaveDir.VarGet().toString())});
-    w->Unload();
+    w->closeFromProgram();
 }
 
 TOLMARA_TEST_MAIN(UiTest)

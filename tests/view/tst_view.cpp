@@ -2,12 +2,12 @@
 // picture, what the mouse and the keys do on the pictures, and when and how
 // a picture is saved, whole or not at all.
 
+#include "app/run_state.h"
 #include "app/settings.h"
-#include "fetch/modfrmMain.h"
-#include "fetch/run_state.h"
 #include "support/http_server.h"
 #include "support/test_main.h"
 #include "support/window_fixture.h"
+#include "view/display.h"
 #include "view/frmLarge.h"
 #include "view/saving.h"
 
@@ -352,7 +352,7 @@ void ViewTest::killedMidCopyLeavesAWholePicture()
     const QByteArray picture(8 << 20, 'p');
     QFile file(source);
     QVERIFY(file.open(QIODevice::WriteOnly) && file.write(picture) == picture.size() && file.flush());
-    QVERIFY(copyWhole(source, target).isEmpty());
+    QVERIFY(CopyPicture(source, target));
     // The child marks here whether it was copying when it died.
     void *shared = mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     QVERIFY(shared != MAP_FAILED);
@@ -363,7 +363,7 @@ void ViewTest::killedMidCopyLeavesAWholePicture()
         const pid_t child = fork();
         while (child == 0) {
             *copying = 1;
-            copyWhole(source, target);
+            CopyPicture(source, target);
             *copying = 0;
         }
         QTest::qSleep(5 + 7 * round);

@@ -1,4 +1,4 @@
-#include "fetch/run_state.h"
+#include "app/run_state.h"
 
 namespace {
 RunState *record = new RunState;

@@ -1,5 +1,6 @@
 #pragma once
-// Small helpers for the window's classic controls and timers.
+// Small helpers for the windows' classic controls and timers, shared by every
+// window of the program.
 
 #include <QTimer>
 #include <QWidget>
