@@ -134,7 +134,8 @@ void Inet::Execute(const QString &url, const QString &operation)
     QNetworkRequest request(address);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
     request.setMaximumRedirectsAllowed(MaxRedirects);
-    request.setSslConfiguration(platform::network().tlsConfiguration());
+    if (const std::optional<QSslConfiguration> tls = platform::network().tlsConfiguration())
+        request.setSslConfiguration(*tls);
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     m_timeOutSet = qBound(0, int(RequestTimeout), INT_MAX / 1000);
     request.setTransferTimeout(m_timeOutSet * 1000);

@@ -82,7 +82,7 @@ public:
 class QtNetwork : public Network {
 public:
     bool tlsAvailable() override;
-    QSslConfiguration tlsConfiguration() override { return QSslConfiguration::defaultConfiguration(); }
+    std::optional<QSslConfiguration> tlsConfiguration() override { return std::nullopt; }
     qint64 maxBody() override { return MaxBodyBytes; }
 
 private:

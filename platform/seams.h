@@ -9,6 +9,8 @@
 #include <QSslConfiguration>
 #include <QString>
 
+#include <optional>
+
 namespace platform {
 
 // Message boxes -------------------------------------------------------------
@@ -100,7 +102,8 @@ class Network {
 public:
     virtual ~Network() = default;
     virtual bool tlsAvailable() = 0;
-    virtual QSslConfiguration tlsConfiguration() = 0;
+    // Empty: Qt's default (so a plain http run never loads the TLS library).
+    virtual std::optional<QSslConfiguration> tlsConfiguration() = 0;
     virtual qint64 maxBody() = 0;
 };
 

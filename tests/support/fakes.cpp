@@ -35,11 +35,12 @@ QStringList MessageBoxes::texts() const
     return all;
 }
 
-QSslConfiguration Network::tlsConfiguration()
+std::optional<QSslConfiguration> Network::tlsConfiguration()
 {
+    if (authorities.isEmpty())
+        return std::nullopt;
     QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
-    if (!authorities.isEmpty())
-        tls.setCaCertificates(QSslConfiguration::systemCaCertificates() + authorities);
+    tls.setCaCertificates(QSslConfiguration::systemCaCertificates() + authorities);
     return tls;
 }
 

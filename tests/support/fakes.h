@@ -87,7 +87,7 @@ struct Clock : platform::Clock {
 // (loading those roots is slow: only when an authority is given), a body cap.
 struct Network : platform::Network {
     bool tlsAvailable() override { return tls; }
-    QSslConfiguration tlsConfiguration() override;
+    std::optional<QSslConfiguration> tlsConfiguration() override;
     qint64 maxBody() override { return bodyCap; }
     bool tls = true;
     QList<QSslCertificate> authorities;
