@@ -8,11 +8,9 @@
 #include "app/settings.h"
 #include "app/window_keys.h"
 #include "engine/ModFunct.h"
-#include "fetch/frmMain.h"
 #include "platform/seams.h"
 #include "ui/config_controls.h"
 #include "ui/frmSelectDir.h"
-#include "view/frmLarge.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -47,17 +45,6 @@ T *named(QWidget *parent, const char *name, Args &&...args)
 
 const QString InvalidEntryTitle = QStringLiteral("Sorry! Invalid Entry");
 
-// The magazine dialog, found by its name so that this window need not know it.
-QWidget *magazineWindow()
-{
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *window : windows) {
-        if (window->objectName() == QLatin1String("frmMagazine"))
-            return window;
-    }
-    return nullptr;
-}
-
 clsStoreVar &recordDir(const QString &key)
 {
     return key == QLatin1String("SaveDir") ? settings().SaveDir : settings().TempDir;
@@ -68,19 +55,18 @@ clsStoreVar &recordDir(const QString &key)
 void StoreToCheck(const clsStoreBool &holder, QCheckBox *checkBox) { checkBox->setChecked(holder.boolGet()); }
 void CheckToStore(const QCheckBox *checkBox, clsStoreBool &holder) { holder.boolLet(checkBox->isChecked()); }
 
-frmConfig *configDialog() { return theDialog; }
-
-void openConfigDialog()
+frmConfig *openConfigDialog(QWidget *opener)
 {
     if (theDialog) {
         theDialog->raise();
         theDialog->activateWindow();
-        return;
+        return nullptr;
     }
-    auto *dialog = new frmConfig(frmMain::instance());
+    auto *dialog = new frmConfig(opener);
     dialog->Form_Load();
     dialog->show();
     dialog->activateWindow();
+    return dialog;
 }
 
 frmConfig::frmConfig(QWidget *parent)
@@ -390,11 +376,8 @@ void frmConfig::cmdSet_Click()
         s.TimeOut.LongLet(number(txtTimeOut));
         s.IncLimit.LongLet(number(txtOverRun));
         s.BiteSize.IntLet(qint16(m_chunkSizes->checkedId()));
-        if (SaveDirChosen) {
+        if (SaveDirChosen)
             s.SaveDir.VarLet(SaveDirPending);
-            if (s.ToolTips.boolGet() && frmMain::instance())
-                frmMain::instance()->cmdSave->setToolTip(QStringLiteral("Save This JPEG To ") + SaveDirPending.toUpper());
-        }
         if (TempDirChosen)
             s.TempDir.VarLet(TempDirPending);
         CheckToStore(chkApplyLimit, s.LimitApplied);
@@ -407,7 +390,7 @@ void frmConfig::cmdSet_Click()
         CheckToStore(chkInterrupt, s.OkToInterrupt);
         CheckToStore(chkToolTips, s.ToolTips);
         CheckToStore(chkCannotConnect, s.CannotConnect);
-        restoreToolTips();
+        emit toolTipsSet(chkToolTips->isChecked());
         s.AddDelay.boolLet(chkDelay->isChecked());
         mainWindowLink().setCallInterval(chkDelay->isChecked() ? 6000 : 300);
         s.ConfigChanged.boolLet(true);
@@ -415,27 +398,6 @@ void frmConfig::cmdSet_Click()
     } catch (const Fault &f) {
         BugAlert(QStringLiteral("cmdSet_Click"), QString(), f);
     }
-}
-
-// Tips off: the main window and the projector lose theirs, and the magazine
-// when the main window's magazine button is on; while the magazine is open
-// that button is off, so an open magazine keeps its tips. On: the main window
-// puts its tips back.
-void frmConfig::restoreToolTips()
-{
-    frmMain *main = frmMain::instance();
-    if (chkToolTips->isChecked()) {
-        if (main)
-            main->SetToolTips();
-        return;
-    }
-    if (main)
-        ClearToolTips(main);
-    if (frmLarge *large = projector())
-        ClearToolTips(large);
-    QWidget *magazine = magazineWindow();
-    if (main && magazine && main->cmdLoadMag->isEnabled())
-        ClearToolTips(magazine);
 }
 
 void frmConfig::cmdCancel_Click() { close(); }
@@ -461,6 +423,5 @@ void frmConfig::Form_Unload()
         theDialog = nullptr;
     if (m_chooser)
         m_chooser->close();
-    if (frmMain *main = frmMain::instance())
-        main->cmdConfig->setEnabled(true);
+    emit closed();
 }
