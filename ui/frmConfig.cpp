@@ -1,6 +1,7 @@
 #include "ui/frmConfig.h"
 
 #include "app/bug_alert.h"
+#include "app/controls.h"
 #include "app/main_window_link.h"
 #include "app/modMain.h"
 #include "app/numbers.h"
@@ -34,14 +35,6 @@ QPointer<frmConfig> theDialog;
 constexpr int FormWidth = 600;
 constexpr int FormHeight = 444;
 constexpr int DesignedFontSize = 8;
-
-template <typename T, typename... Args>
-T *named(QWidget *parent, const char *name, Args &&...args)
-{
-    T *control = new T(std::forward<Args>(args)..., parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
 
 const QString InvalidEntryTitle = QStringLiteral("Sorry! Invalid Entry");
 
@@ -151,11 +144,7 @@ void frmConfig::createLocationFrame()
 void frmConfig::layOutControls()
 {
     resize(FormWidth, FormHeight);
-    struct Place {
-        QWidget *control;
-        int x, y, w, h;
-    };
-    const Place places[] = {
+    placeControls({
         {framOperation, 10, 10, 285, 172},   {chkSeries, 12, 22, 262, 22},
         {chkSaveFullAuto, 12, 46, 262, 22},  {chkInterrupt, 12, 70, 262, 22},
         {chkBeepOK, 12, 94, 262, 22},        {chkToolTips, 12, 118, 262, 22},
@@ -180,9 +169,7 @@ void frmConfig::layOutControls()
         {lblSavePath, 164, 26, 300, 24},     {cmdBrowseSave, 472, 24, 96, 28},
         {lblTempFileLoc, 12, 58, 150, 24},   {lblTempPath, 164, 58, 300, 24},
         {cmdBrowseTemp, 472, 56, 96, 28},
-    };
-    for (const Place &p : places)
-        p.control->setGeometry(p.x, p.y, p.w, p.h);
+    });
     // Tab goes down the left column, then down the right one, then the directories.
     QWidget *const order[] = {chkSeries, chkSaveFullAuto, chkInterrupt, chkBeepOK, chkToolTips, chkAutoRename,
                               chkCannotConnect, chkDelay, txtTimeOut, chkHangUp, chkExitLimit, chkApplyLimit,
@@ -194,10 +181,7 @@ void frmConfig::layOutControls()
 
 void frmConfig::setTips()
 {
-    const struct {
-        QWidget *control;
-        const char *tip;
-    } tips[] = {
+    applyTips({
         {chkSeries, "Preserve Series Using $eries Naming Convention"},
         {chkSaveFullAuto, "Toggles Save On/Off"},
         {chkInterrupt, "Allow interruption of foreground Task"},
@@ -221,9 +205,7 @@ void frmConfig::setTips()
         {cmdDefaults, "Restore Program Defaults"},
         {cmdSet, "Accept Changes"},
         {cmdCancel, "Exit Config. Without Changes"},
-    };
-    for (const auto &t : tips)
-        t.control->setToolTip(QLatin1String(t.tip));
+    });
 }
 
 void frmConfig::connectHandlers()
