@@ -24,6 +24,30 @@ T *named(QWidget *parent, const char *name, Args &&...args)
     return control;
 }
 
+// Where a control lies in its window as laid out, in pixels.
+struct Place {
+    QWidget *control;
+    int x, y, w, h;
+};
+
+inline void placeControls(std::initializer_list<Place> places)
+{
+    for (const Place &p : places)
+        p.control->setGeometry(p.x, p.y, p.w, p.h);
+}
+
+// A control and the tool-tip it is given.
+struct Tip {
+    QWidget *control;
+    const char *tip;
+};
+
+inline void applyTips(std::initializer_list<Tip> tips)
+{
+    for (const Tip &t : tips)
+        t.control->setToolTip(QLatin1String(t.tip));
+}
+
 inline void setAllEnabled(std::initializer_list<QWidget *> controls, bool enabled)
 {
     for (QWidget *control : controls)

@@ -1,13 +1,10 @@
 #include "app/paths.h"
 
-#include <QCoreApplication>
+#include "platform/seams.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
-
-namespace {
-QString programDirOverride;
-}
 
 QString fallbackDir()
 {
@@ -27,12 +24,7 @@ bool windowsFileNames()
 #endif
 }
 
-QString programDir()
-{
-    if (!programDirOverride.isEmpty())
-        return programDirOverride;
-    return QDir::toNativeSeparators(QCoreApplication::applicationDirPath());
-}
+QString programDir() { return platform::programLocation().dir(); }
 
 bool installedCopy()
 {
@@ -55,7 +47,5 @@ QString defaultDirPath(const QString &name)
                                         + QStringLiteral("/Tolmara"));
     return QDir::toNativeSeparators(QStandardPaths::writableLocation(QStandardPaths::CacheLocation));
 }
-
-void overrideProgramDir(const QString &dir) { programDirOverride = dir; }
 
 QString joinPath(const QString &dir, const QString &name) { return dir + QDir::separator() + name; }

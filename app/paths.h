@@ -13,8 +13,6 @@ bool windowsFileNames();
 
 // The directory of the executable, without a trailing separator.
 QString programDir();
-// Lets a test put the program's directory elsewhere; an empty text restores it.
-void overrideProgramDir(const QString &dir);
 
 // An installed copy: its directory cannot be written, or it lies under /usr
 // (where even root must not get folders beside the program).

@@ -225,11 +225,7 @@ void frmMain::createControls()
 void frmMain::layOutControls()
 {
     resize(FormWidth, FormHeight);
-    struct Place {
-        QWidget *control;
-        int x, y, w, h;
-    };
-    const Place places[] = {
+    placeControls({
         {txtAddress, 10, 10, 560, 26},   {cmdAddress, 580, 9, 170, 28},
         {lblMask, 10, 42, 40, 26},       {txtMask, 55, 42, 515, 26},
         {txtStatus, 10, 74, 560, 26},    {framLarge, 10, 106, 560, 424},
@@ -246,9 +242,7 @@ void frmMain::layOutControls()
         {framOptions, 580, 416, 170, 50}, {chkMagEnable, 10, 22, 150, 22},
         {cmdLoadMag, 580, 472, 83, 30},  {cmdConfig, 667, 472, 83, 30},
         {cmdQuit, 580, 504, 170, 26},
-    };
-    for (const Place &p : places)
-        p.control->setGeometry(p.x, p.y, p.w, p.h);
+    });
 }
 
 void frmMain::createTimers()
@@ -331,10 +325,7 @@ void frmMain::CheckDirectories()
 
 void frmMain::SetToolTips()
 {
-    const struct {
-        QWidget *control;
-        const char *tip;
-    } tips[] = {
+    applyTips({
         {chkAuto, "Switch To Full Auto"},
         {chkMagEnable, "Enable Reload From Magazine"},
         {cmdAddress, "Shortcut Button!"},
@@ -357,9 +348,7 @@ void frmMain::SetToolTips()
         {txtStatus, "> To Expand URL | >> Copy To Clipboard"},
         {txtTotal, "Displays Total Num. Of Saves"},
         {txtTotalDown, "Displays Total Num. Of Calls"},
-    };
-    for (const auto &t : tips)
-        t.control->setToolTip(QLatin1String(t.tip));
+    });
     cmdSave->setToolTip(QStringLiteral("Save This JPEG To ") + settings().SaveDir.VarGet().toString());
     txtMask->setToolTip(GroupText.isEmpty() ? QStringLiteral("Edit Mask Here")
                                             : groupTip(GroupText));

@@ -126,6 +126,8 @@ private:
     void openMaskEditor();
     void showCurrentUrl(bool copy);
     void openMagazine();
+    void openConfig();
+    void configToolTipsSet(bool on);
     void cmdAddress_Click();
     void connectRunHandlers();
     void connectTransferHandlers();

@@ -5,6 +5,7 @@
 
 #include "app/bug_alert.h"
 #include "app/mask_edit_texts.h"
+#include "app/modMain.h"
 #include "app/numbers.h"
 #include "app/settings.h"
 #include "engine/ModFunct.h"
@@ -15,6 +16,7 @@
 #include "platform/seams.h"
 #include "ui/frmConfig.h"
 #include "ui/frmMaskEdit.h"
+#include "view/frmLarge.h"
 #include "view/saving.h"
 
 #include <QCheckBox>
@@ -348,6 +350,33 @@ void frmMain::openMagazine()
     dialog->activateWindow();
 }
 
+void frmMain::openConfig()
+{
+    cmdConfig->setEnabled(false);
+    frmConfig *dialog = openConfigDialog(this);
+    if (!dialog)
+        return;
+    connect(dialog, &frmConfig::toolTipsSet, this, &frmMain::configToolTipsSet);
+    connect(dialog, &frmConfig::closed, cmdConfig, [this] { cmdConfig->setEnabled(true); });
+}
+
+// Tips off: this window and the projector lose theirs, and the magazine when
+// its button is on; while the magazine is open that button is off, so an open
+// magazine keeps its tips. On: this window puts its tips back.
+void frmMain::configToolTipsSet(bool on)
+{
+    if (on) {
+        SetToolTips();
+        return;
+    }
+    ClearToolTips(this);
+    if (frmLarge *large = projector())
+        ClearToolTips(large);
+    auto *magazine = findChild<frmMagazine *>();
+    if (magazine && cmdLoadMag->isEnabled())
+        ClearToolTips(magazine);
+}
+
 void frmMain::showCurrentUrl(bool copy)
 {
     txtStatus->setText(runState().CurrentURL);
@@ -408,10 +437,7 @@ void frmMain::connectRunHandlers()
     connect(timCallGetNext, &QTimer::timeout, this, &frmMain::timCallGetNext_Timer);
     connect(txtAddress, &QLineEdit::textChanged, this, [this] { txtStatus->setText(QStringLiteral("Enter Mask")); });
     connect(cmdAddress, &QPushButton::clicked, this, &frmMain::cmdAddress_Click);
-    connect(cmdConfig, &QPushButton::clicked, this, [this] {
-        cmdConfig->setEnabled(false); // the dialog enables it again when it closes
-        openConfigDialog();
-    });
+    connect(cmdConfig, &QPushButton::clicked, this, &frmMain::openConfig);
     connect(cmdLoadMag, &QPushButton::clicked, this, &frmMain::openMagazine);
     for (QObject *watched : {static_cast<QObject *>(txtIncrement), static_cast<QObject *>(txtAddress),
                              static_cast<QObject *>(txtMask), static_cast<QObject *>(lblIncrement),

@@ -253,6 +253,8 @@ qint32 NoDialUp::hangUp(quintptr) { return 0; }
 
 QDateTime QtClock::now() const { return QDateTime::currentDateTime(); }
 
+QString QtProgramLocation::dir() const { return QDir::toNativeSeparators(QCoreApplication::applicationDirPath()); }
+
 bool QtNetwork::tlsAvailable()
 {
     if (m_tls < 0)

@@ -89,4 +89,10 @@ private:
     int m_tls = -1; // not asked yet
 };
 
+// The directory QCoreApplication reports for the executable.
+class QtProgramLocation : public ProgramLocation {
+public:
+    QString dir() const override;
+};
+
 } // namespace platform

@@ -30,6 +30,7 @@ Slot<DialUp, NoDialUp> dialUpSlot;
 #endif
 Slot<Clock, QtClock> clockSlot;
 Slot<Network, QtNetwork> networkSlot;
+Slot<ProgramLocation, QtProgramLocation> programLocationSlot;
 
 } // namespace
 
@@ -41,6 +42,7 @@ Screen &screen() { return screenSlot.get(); }
 DialUp &dialUp() { return dialUpSlot.get(); }
 Clock &clock() { return clockSlot.get(); }
 Network &network() { return networkSlot.get(); }
+ProgramLocation &programLocation() { return programLocationSlot.get(); }
 
 void install(MessageBoxes *seam) { messageBoxSlot.installed = seam; }
 void install(SettingsStore *seam) { settingsSlot.installed = seam; }
@@ -50,6 +52,7 @@ void install(Screen *seam) { screenSlot.installed = seam; }
 void install(DialUp *seam) { dialUpSlot.installed = seam; }
 void install(Clock *seam) { clockSlot.installed = seam; }
 void install(Network *seam) { networkSlot.installed = seam; }
+void install(ProgramLocation *seam) { programLocationSlot.installed = seam; }
 
 Answer msgBox(const QString &text, const QString &title, Icon icon, Buttons buttons)
 {

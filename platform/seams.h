@@ -107,6 +107,14 @@ public:
     virtual qint64 maxBody() = 0;
 };
 
+// Where the program itself lies: the directory of its executable, in native
+// separators and without a trailing separator.
+class ProgramLocation {
+public:
+    virtual ~ProgramLocation() = default;
+    virtual QString dir() const = 0;
+};
+
 // The installed seams. Each accessor returns the installed object; installing
 // nullptr puts the Qt implementation back.
 MessageBoxes &messageBoxes();
@@ -117,6 +125,7 @@ Screen &screen();
 DialUp &dialUp();
 Clock &clock();
 Network &network();
+ProgramLocation &programLocation();
 
 void install(MessageBoxes *seam);
 void install(SettingsStore *seam);
@@ -126,6 +135,7 @@ void install(Screen *seam);
 void install(DialUp *seam);
 void install(Clock *seam);
 void install(Network *seam);
+void install(ProgramLocation *seam);
 
 // False in a session without a display server to show windows on (Windows
 // always has its desktop).

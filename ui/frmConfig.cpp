@@ -1,6 +1,7 @@
 #include "ui/frmConfig.h"
 
 #include "app/bug_alert.h"
+#include "app/controls.h"
 #include "app/main_window_link.h"
 #include "app/modMain.h"
 #include "app/numbers.h"
@@ -8,11 +9,9 @@
 #include "app/settings.h"
 #include "app/window_keys.h"
 #include "engine/ModFunct.h"
-#include "fetch/frmMain.h"
 #include "platform/seams.h"
 #include "ui/config_controls.h"
 #include "ui/frmSelectDir.h"
-#include "view/frmLarge.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -37,26 +36,7 @@ constexpr int FormWidth = 600;
 constexpr int FormHeight = 444;
 constexpr int DesignedFontSize = 8;
 
-template <typename T, typename... Args>
-T *named(QWidget *parent, const char *name, Args &&...args)
-{
-    T *control = new T(std::forward<Args>(args)..., parent);
-    control->setObjectName(QLatin1String(name));
-    return control;
-}
-
 const QString InvalidEntryTitle = QStringLiteral("Sorry! Invalid Entry");
-
-// The magazine dialog, found by its name so that this window need not know it.
-QWidget *magazineWindow()
-{
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *window : windows) {
-        if (window->objectName() == QLatin1String("frmMagazine"))
-            return window;
-    }
-    return nullptr;
-}
 
 clsStoreVar &recordDir(const QString &key)
 {
@@ -68,19 +48,18 @@ clsStoreVar &recordDir(const QString &key)
 void StoreToCheck(const clsStoreBool &holder, QCheckBox *checkBox) { checkBox->setChecked(holder.boolGet()); }
 void CheckToStore(const QCheckBox *checkBox, clsStoreBool &holder) { holder.boolLet(checkBox->isChecked()); }
 
-frmConfig *configDialog() { return theDialog; }
-
-void openConfigDialog()
+frmConfig *openConfigDialog(QWidget *opener)
 {
     if (theDialog) {
         theDialog->raise();
         theDialog->activateWindow();
-        return;
+        return nullptr;
     }
-    auto *dialog = new frmConfig(frmMain::instance());
+    auto *dialog = new frmConfig(opener);
     dialog->Form_Load();
     dialog->show();
     dialog->activateWindow();
+    return dialog;
 }
 
 frmConfig::frmConfig(QWidget *parent)
@@ -165,11 +144,7 @@ void frmConfig::createLocationFrame()
 void frmConfig::layOutControls()
 {
     resize(FormWidth, FormHeight);
-    struct Place {
-        QWidget *control;
-        int x, y, w, h;
-    };
-    const Place places[] = {
+    placeControls({
         {framOperation, 10, 10, 285, 172},   {chkSeries, 12, 22, 262, 22},
         {chkSaveFullAuto, 12, 46, 262, 22},  {chkInterrupt, 12, 70, 262, 22},
         {chkBeepOK, 12, 94, 262, 22},        {chkToolTips, 12, 118, 262, 22},
@@ -194,9 +169,7 @@ void frmConfig::layOutControls()
         {lblSavePath, 164, 26, 300, 24},     {cmdBrowseSave, 472, 24, 96, 28},
         {lblTempFileLoc, 12, 58, 150, 24},   {lblTempPath, 164, 58, 300, 24},
         {cmdBrowseTemp, 472, 56, 96, 28},
-    };
-    for (const Place &p : places)
-        p.control->setGeometry(p.x, p.y, p.w, p.h);
+    });
     // Tab goes down the left column, then down the right one, then the directories.
     QWidget *const order[] = {chkSeries, chkSaveFullAuto, chkInterrupt, chkBeepOK, chkToolTips, chkAutoRename,
                               chkCannotConnect, chkDelay, txtTimeOut, chkHangUp, chkExitLimit, chkApplyLimit,
@@ -208,10 +181,7 @@ void frmConfig::layOutControls()
 
 void frmConfig::setTips()
 {
-    const struct {
-        QWidget *control;
-        const char *tip;
-    } tips[] = {
+    applyTips({
         {chkSeries, "Preserve Series Using $eries Naming Convention"},
         {chkSaveFullAuto, "Toggles Save On/Off"},
         {chkInterrupt, "Allow interruption of foreground Task"},
@@ -235,9 +205,7 @@ void frmConfig::setTips()
         {cmdDefaults, "Restore Program Defaults"},
         {cmdSet, "Accept Changes"},
         {cmdCancel, "Exit Config. Without Changes"},
-    };
-    for (const auto &t : tips)
-        t.control->setToolTip(QLatin1String(t.tip));
+    });
 }
 
 void frmConfig::connectHandlers()
@@ -390,11 +358,8 @@ void frmConfig::cmdSet_Click()
         s.TimeOut.LongLet(number(txtTimeOut));
         s.IncLimit.LongLet(number(txtOverRun));
         s.BiteSize.IntLet(qint16(m_chunkSizes->checkedId()));
-        if (SaveDirChosen) {
+        if (SaveDirChosen)
             s.SaveDir.VarLet(SaveDirPending);
-            if (s.ToolTips.boolGet() && frmMain::instance())
-                frmMain::instance()->cmdSave->setToolTip(QStringLiteral("Save This JPEG To ") + SaveDirPending.toUpper());
-        }
         if (TempDirChosen)
             s.TempDir.VarLet(TempDirPending);
         CheckToStore(chkApplyLimit, s.LimitApplied);
@@ -407,7 +372,7 @@ void frmConfig::cmdSet_Click()
         CheckToStore(chkInterrupt, s.OkToInterrupt);
         CheckToStore(chkToolTips, s.ToolTips);
         CheckToStore(chkCannotConnect, s.CannotConnect);
-        restoreToolTips();
+        emit toolTipsSet(chkToolTips->isChecked());
         s.AddDelay.boolLet(chkDelay->isChecked());
         mainWindowLink().setCallInterval(chkDelay->isChecked() ? 6000 : 300);
         s.ConfigChanged.boolLet(true);
@@ -415,27 +380,6 @@ void frmConfig::cmdSet_Click()
     } catch (const Fault &f) {
         BugAlert(QStringLiteral("cmdSet_Click"), QString(), f);
     }
-}
-
-// Tips off: the main window and the projector lose theirs, and the magazine
-// when the main window's magazine button is on; while the magazine is open
-// that button is off, so an open magazine keeps its tips. On: the main window
-// puts its tips back.
-void frmConfig::restoreToolTips()
-{
-    frmMain *main = frmMain::instance();
-    if (chkToolTips->isChecked()) {
-        if (main)
-            main->SetToolTips();
-        return;
-    }
-    if (main)
-        ClearToolTips(main);
-    if (frmLarge *large = projector())
-        ClearToolTips(large);
-    QWidget *magazine = magazineWindow();
-    if (main && magazine && main->cmdLoadMag->isEnabled())
-        ClearToolTips(magazine);
 }
 
 void frmConfig::cmdCancel_Click() { close(); }
@@ -461,6 +405,5 @@ void frmConfig::Form_Unload()
         theDialog = nullptr;
     if (m_chooser)
         m_chooser->close();
-    if (frmMain *main = frmMain::instance())
-        main->cmdConfig->setEnabled(true);
+    emit closed();
 }

@@ -1,7 +1,8 @@
 #pragma once
 // "Configure Tolmara": the dialog that edits the settings record. It copies
 // the record into its controls when it loads and back only on SET; it never
-// writes the settings store (shut-down offers that).
+// writes the settings store (shut-down offers that). It tells its opener what
+// happened through its signals and knows nothing of it.
 
 #include <QPointer>
 #include <QString>
@@ -83,6 +84,12 @@ public:
     QPushButton *cmdSet;
     QPushButton *cmdCancel;
 
+signals:
+    // SET took the record; on: the tips are to be put back, off: taken away.
+    void toolTipsSet(bool on);
+    // The dialog is closing (its opener's button may be enabled again).
+    void closed();
+
 protected:
     void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
@@ -98,7 +105,6 @@ private:
     void Form_Unload();
     void showRecordDir(PathLabel *label, const QString &key);
     bool digitsAccepted(QLineEdit *box, const QString &what);
-    void restoreToolTips();
     void browse(bool saveMode);
     void defaultDir(const QString &name, const QString &kind, QString &pending, PathLabel *label);
 
@@ -107,12 +113,9 @@ private:
     bool m_unloading = false;
 };
 
-// The configuration dialog while it is open; null otherwise.
-frmConfig *configDialog();
-
-// The main window's Configure button: opens the dialog (or brings the open one
-// forward). The dialog enables the button again when it closes.
-void openConfigDialog();
+// Opens the dialog over opener and gives it, for the opener to connect to; when
+// the dialog is open already, brings it forward and gives null.
+frmConfig *openConfigDialog(QWidget *opener = nullptr);
 
 // Sets the check box when the flag is true, clears it otherwise; and back.
 class clsStoreBool;

@@ -77,7 +77,7 @@ void StartupTest::start()
     QString temp = joinPath(programDir(), QStringLiteral("OemTemp"));
     QString save = joinPath(programDir(), QStringLiteral("OemSave"));
     if (copy != QLatin1String("portable")) {
-        overrideProgramDir(copy == QLatin1String("/usr/bin") ? copy : blocked);
+        seams.program.path = copy == QLatin1String("/usr/bin") ? copy : blocked;
         temp = QDir::toNativeSeparators(home + QStringLiteral("/.cache/") + QCoreApplication::applicationName());
         save = QDir::toNativeSeparators(home + QStringLiteral("/Pictures/Tolmara"));
     }

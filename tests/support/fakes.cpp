@@ -3,7 +3,6 @@
 #include "app/main_window_link.h"
 #include "app/mask_edit_texts.h"
 #include "app/modMain.h"
-#include "app/paths.h"
 #include "app/settings.h"
 #include "app/temp_pictures.h"
 
@@ -55,9 +54,9 @@ QString TestSeams::scratchTemplate()
 void TestSeams::install(bool on)
 {
     QDir(folder.path()).mkdir(QStringLiteral("program"));
+    program.path = QDir::toNativeSeparators(programDir());
     const auto put = [on](auto *...fakes) { (platform::install(on ? fakes : nullptr), ...); };
-    put(&boxes, store.get(), &clipboard, &beeper, &screen, &dialUp, &clock, &network);
-    overrideProgramDir(on ? QDir::toNativeSeparators(programDir()) : QString());
+    put(&boxes, store.get(), &clipboard, &beeper, &screen, &dialUp, &clock, &network, &program);
     resetSettings();
     resetStartup();
     resetMaskEditTexts();

@@ -94,6 +94,11 @@ struct Network : platform::Network {
     qint64 bodyCap = platform::MaxBodyBytes;
 };
 
+struct ProgramLocation : platform::ProgramLocation {
+    QString dir() const override { return path; }
+    QString path;
+};
+
 // Installs every fake, a settings store in a temporary folder, fresh program
 // state, and a program directory in a temporary folder.
 class TestSeams {
@@ -108,6 +113,7 @@ public:
     DialUp dialUp;
     Clock clock;
     Network network;
+    ProgramLocation program; // the program's directory: at first the "program" folder below
     // settings file and program directory live here
     QTemporaryDir folder{scratchTemplate()};
     std::unique_ptr<platform::QtSettingsStore> store{new platform::QtSettingsStore(folder.path())};

@@ -116,7 +116,7 @@ void UiTest::entriesAndWaysOut()
     QPointer<frmMain> main = fixture::openMainWindow(seams);
     QTest::mouseClick(main->cmdLoadMag, Qt::LeftButton); // open: its button is off, so tips off leave it its own
     QTest::mouseClick(main->cmdConfig, Qt::LeftButton);
-    frmConfig *dialog = configDialog();
+    QPointer<frmConfig> dialog = main->findChild<frmConfig *>();
     QVERIFY(dialog && !main->cmdConfig->isEnabled());
     for (QAbstractButton *button : std::initializer_list<QAbstractButton *>{dialog->opt256, dialog->chkToolTips, dialog->chkDelay, dialog->chkApplyLimit})
         clickText(button);
@@ -139,7 +139,7 @@ void UiTest::entriesAndWaysOut()
         QTest::keyClick(dialog, Qt::Key_Escape);
     }
     QCOMPARE(seams.boxes.texts(), boxes);
-    QTRY_VERIFY(!configDialog());
+    QTRY_VERIFY(dialog.isNull());
     QVERIFY(main->cmdConfig->isEnabled());
     const bool taken = how.startsWith(QLatin1String("SET")) && refusal.isEmpty();
     QCOMPARE(settings().TimeOut.LongGet(), taken ? timeOut.toInt() : 30);
@@ -205,8 +205,7 @@ void UiTest::recordRoundTrip()
     s.BiteSize.IntLet(qint16(biteSize));
     s.SaveDir.VarLet(dir);
     s.TempDir.VarLet(dir);
-    openConfigDialog();
-    frmConfig *dialog = configDialog();
+    frmConfig *dialog = openConfigDialog();
     QCOMPARE(dialog->width(), widths.width());
     QCOMPARE(dialog->chkInterrupt->font().pointSize(), screen.FontSizeSmall);
     QVERIFY(dialog->chkInterrupt->sizeHint().width() <= dialog->chkInterrupt->width());
