@@ -9,7 +9,7 @@
 //   what arrived, and the caller finds out that it is short.
 // - icError is for failures of the transport only: unknown host, refused or
 //   unreachable connection, a connection closed or reset before any reply, the
-//   transfer time-out, a body over MaxBody bytes. ResponseInfo then reads "Name
+//   transfer time-out, a body over the cap (MaxBodyBytes). ResponseInfo then reads "Name
 //   not resolved", "Cannot connect", "Reply too large ...", or the network
 //   layer's own description.
 // - Nothing is ever emitted from inside Execute or Cancel. After Cancel, or a new
