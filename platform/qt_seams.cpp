@@ -160,7 +160,7 @@ QString QtSettingsStore::fileName(const QString &application) const
     return QDir(m_folder).filePath(application + QStringLiteral(".ini"));
 }
 
-QSettings &QtSettingsStore::open(const QString &application)
+QtSettingsStore::OpenFile &QtSettingsStore::open(const QString &application)
 {
     std::unique_ptr<OpenFile> &file = m_open[application];
     if (!file) {
@@ -192,7 +192,7 @@ void QtSettingsStore::write(const QString &application, const QString &section, 
                             const QString &value)
 {
     const QString path = section + QLatin1Char('/') + key;
-    OpenFile &file = static_cast<OpenFile &>(open(application));
+    OpenFile &file = open(application);
     file.setValue(path, value);
     file.noteWrite(path);
     if (m_batchDepth == 0)

@@ -7,7 +7,6 @@
 #include <memory>
 
 class QLockFile;
-class QSettings;
 
 namespace platform {
 
@@ -39,7 +38,7 @@ public:
 
 private:
     class OpenFile;
-    QSettings &open(const QString &application);
+    OpenFile &open(const QString &application);
 
     static constexpr int StartUpWaitMs = 10000;
 
