@@ -10,7 +10,7 @@
 #include "engine/ModFunct.h"
 #include "fetch/lamp.h"
 #include "fetch/modfrmMain.h"
-#include "app/run_state.h"
+#include "fetch/run_state.h"
 #include "platform/Inet1.h"
 #include "platform/desktop_end.h"
 #include "platform/seams.h"

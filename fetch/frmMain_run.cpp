@@ -11,7 +11,7 @@
 #include "engine/ModFunct.h"
 #include "app/controls.h"
 #include "fetch/modfrmMain.h"
-#include "app/run_state.h"
+#include "fetch/run_state.h"
 #include "magazine/frmMagazine.h"
 #include "platform/seams.h"
 #include "ui/frmConfig.h"

@@ -12,7 +12,7 @@
 #include "app/controls.h"
 #include "fetch/lamp.h"
 #include "fetch/modfrmMain.h"
-#include "app/run_state.h"
+#include "fetch/run_state.h"
 #include "platform/Inet1.h"
 #include "platform/seams.h"
 #include "view/display.h"

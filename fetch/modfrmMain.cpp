@@ -7,7 +7,7 @@
 #include "engine/ModFunct.h"
 #include "app/controls.h"
 #include "fetch/frmMain.h"
-#include "app/run_state.h"
+#include "fetch/run_state.h"
 #include "platform/Inet1.h"
 #include "platform/seams.h"
 #include "view/frmLarge.h"

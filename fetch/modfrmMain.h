@@ -1,6 +1,10 @@
 #pragma once
 // The run's procedures outside the main window: the sequencer that decides
-// each next call, the request sender, and the magazine shot's helpers.
+// each next call, the request sender, and the magazine shot's helpers. The
+// display and the saving that a call ends with are view/'s (ShowPic, SaveFile).
+
+#include "view/display.h"
+#include "view/saving.h"
 
 #include <QString>
 
