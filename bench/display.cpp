@@ -9,6 +9,7 @@
 #include "fetch/frmMain.h"
 #include "platform/seams.h"
 #include "view/display.h"
+#include "view/titled_frame.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -6,6 +6,7 @@
 // of 40 camera photos (1280x960, about 0.5 MB) at the program's own 300 ms.
 //
 //   bench_transfer [rounds]     the figures above, medians over the rounds
+//   bench_transfer pace         the pace of the 40-photo run alone
 //   bench_transfer memory       peak memory for one 30 MB picture, and the
 //                               memory kept after ten replies cut off at the
 //                               body cap
@@ -488,6 +489,10 @@ int main(int argc, char **argv)
     QTemporaryDir folder(QDir::tempPath() + QStringLiteral("/tolmara-bench-XXXXXX"));
     if (argc > 1 && qstrcmp(argv[1], "memory") == 0) {
         memoryFigures(seams, server, folder.path());
+        return 0;
+    }
+    if (argc > 1 && qstrcmp(argv[1], "pace") == 0) {
+        paceFigures(seams, server, folder.path());
         return 0;
     }
     const int rounds = argc > 1 ? qMax(1, atoi(argv[1])) : 3;

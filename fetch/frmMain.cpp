@@ -16,6 +16,7 @@
 #include "platform/seams.h"
 #include "ui/frmAbout.h"
 #include "view/display.h"
+#include "view/titled_frame.h"
 
 #include <QAction>
 #include <QApplication>
@@ -177,7 +178,7 @@ void frmMain::createControls()
     txtMask = named<QLineEdit>(this, "txtMask");
     txtStatus = named<QLineEdit>(this, "txtStatus");
     txtStatus->setReadOnly(true);
-    framLarge = named<QGroupBox>(this, "framLarge", QStringLiteral("JPEG"));
+    framLarge = named<TitledFrame>(this, "framLarge", QStringLiteral("JPEG"));
     pictBase = named<QWidget>(framLarge, "pictBase");
     pictBase->setAutoFillBackground(true);
     pictMain = named<QLabel>(pictBase, "pictMain");

@@ -18,6 +18,7 @@
 #include "ui/frmMaskEdit.h"
 #include "view/frmLarge.h"
 #include "view/saving.h"
+#include "view/titled_frame.h"
 
 #include <QCheckBox>
 #include <QEvent>

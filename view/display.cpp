@@ -7,9 +7,9 @@
 #include "view/frmLarge.h"
 #include "view/main_window_parts.h"
 #include "view/picture_mouse.h"
+#include "view/titled_frame.h"
 
 #include <QBuffer>
-#include <QGroupBox>
 #include <QImageReader>
 #include <QLabel>
 #include <QLineEdit>

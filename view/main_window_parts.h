@@ -6,13 +6,13 @@
 // not the other way round.
 
 class QCheckBox;
-class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
 class QRadioButton;
 class QTimer;
 class QWidget;
+class TitledFrame;
 
 class MainWindowParts {
 public:
@@ -36,7 +36,7 @@ public:
     QCheckBox *chkAuto = nullptr;
     QRadioButton *optFoward = nullptr;
     QRadioButton *optBack = nullptr;
-    QGroupBox *framLarge = nullptr;
+    TitledFrame *framLarge = nullptr;
     QWidget *pictBase = nullptr;
     QLabel *pictMain = nullptr;
     QTimer *timOkToShift = nullptr;

@@ -8,13 +8,13 @@
 #include "platform/seams.h"
 #include "view/display.h"
 #include "view/main_window_parts.h"
+#include "view/titled_frame.h"
 
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QGroupBox>
 #include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>

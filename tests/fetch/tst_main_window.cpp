@@ -7,6 +7,7 @@
 #include "support/http_server.h"
 #include "support/test_main.h"
 #include "support/window_fixture.h"
+#include "view/titled_frame.h"
 
 #include <QCheckBox>
 #include <QGroupBox>

@@ -10,9 +10,11 @@
 #include "view/display.h"
 #include "view/frmLarge.h"
 #include "view/saving.h"
+#include "view/titled_frame.h"
 
 #include <QCheckBox>
 #include <QDir>
+#include <QGroupBox>
 #include <QKeySequence>
 #include <QLabel>
 #include <QLineEdit>
@@ -64,6 +66,18 @@ void sendMouse(QWidget *widget, QEvent::Type type, Qt::MouseButton button, QPoin
     QApplication::sendEvent(widget, &event);
 }
 
+// Counts the paint events of the widgets it watches.
+class PaintCounter : public QObject {
+public:
+    QMap<QObject *, int> paints;
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            ++paints[watched];
+        return false;
+    }
+};
+
 QStringList filesIn(const QString &dir) { return QDir(dir).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
 
 } // namespace
@@ -73,6 +87,7 @@ class ViewTest : public QObject {
 private slots:
     void showPic_data();
     void showPic();
+    void newTitleRepaintsTheTitleAlone();
     void commands_data();
     void commands();
     void projectorOpensAndResizes();
@@ -120,6 +135,34 @@ void ViewTest::showPic()
     if (!png)
         QCOMPARE(w->pictMain->geometry(), QRect(QPoint(0, 0), pictureSize));
     QCOMPARE(projector()->windowTitle(), png ? titleBefore : u"Tolmara Projector - Now Showing pic007.jpg"_s);
+}
+
+// A new title on the picture's frame repaints the title's band, not the
+// picture inside, and looks as a group box with that title does.
+void ViewTest::newTitleRepaintsTheTitleAlone()
+{
+    OpenWindow w;
+    putPicture(makeJpeg(QSize(900, 700)));
+    QVERIFY(QTest::qWaitForWindowExposed(w->form()));
+    QCoreApplication::processEvents();
+    PaintCounter counter;
+    QMap<QObject *, int> &paints = counter.paints;
+    for (QWidget *widget : {static_cast<QWidget *>(w->framLarge), w->pictBase, static_cast<QWidget *>(w->pictMain)})
+        widget->installEventFilter(&counter);
+    for (const QString &title : {u"JPEG - a name much longer than the one before.jpg (saved)"_s, u"JPEG"_s}) {
+        paints.clear();
+        w->framLarge->setTitle(title);
+        QTRY_VERIFY(paints.value(w->framLarge) > 0);
+        QCOMPARE(paints.value(w->pictMain), 0);
+        QCOMPARE(paints.value(w->pictBase), 0);
+
+        QGroupBox plain(title);
+        plain.setFont(w->framLarge->font());
+        plain.resize(w->framLarge->size());
+        const QRect band(0, 0, plain.width(), w->pictBase->y());
+        const auto look = [band](QWidget *frame) { return frame->grab(band).toImage().convertToFormat(QImage::Format_RGB32); };
+        QCOMPARE(look(w->framLarge), look(&plain));
+    }
 }
 
 // Mouse buttons on either window and keys in the projector, with the
