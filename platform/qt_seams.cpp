@@ -150,6 +150,19 @@ private:
     QStringList m_reported;
 };
 
+namespace {
+
+// A value's text. A hand-edited INI value with unquoted commas reads back as
+// a list: its text is kept.
+QString storedText(const QVariant &value)
+{
+    if (value.typeId() == QMetaType::QStringList)
+        return value.toStringList().join(QLatin1Char(','));
+    return value.toString();
+}
+
+} // namespace
+
 QtSettingsStore::QtSettingsStore(const QString &folder) : m_folder(folder) {}
 QtSettingsStore::~QtSettingsStore() = default;
 
@@ -181,11 +194,7 @@ QtSettingsStore::OpenFile &QtSettingsStore::open(const QString &application)
 QString QtSettingsStore::read(const QString &application, const QString &section, const QString &key,
                               const QString &defaultValue)
 {
-    const QVariant value = open(application).value(section + QLatin1Char('/') + key, defaultValue);
-    // A hand-edited INI value with unquoted commas reads back as a list: keep its text.
-    if (value.typeId() == QMetaType::QStringList)
-        return value.toStringList().join(QLatin1Char(','));
-    return value.toString();
+    return storedText(open(application).value(section + QLatin1Char('/') + key, defaultValue));
 }
 
 void QtSettingsStore::write(const QString &application, const QString &section, const QString &key,
@@ -193,6 +202,11 @@ void QtSettingsStore::write(const QString &application, const QString &section, 
 {
     const QString path = section + QLatin1Char('/') + key;
     OpenFile &file = open(application);
+    // Start-up and shut-down write every key, most of them unchanged: a value
+    // the store holds already is not written again, so the file is replaced
+    // only when something in it changes.
+    if (file.contains(path) && storedText(file.value(path)) == value)
+        return;
     file.setValue(path, value);
     file.noteWrite(path);
     if (m_batchDepth == 0)

@@ -15,6 +15,8 @@
 #include <QTcpServer>
 #include <QTest>
 
+#include <sys/stat.h>
+
 // The settings and the magazine in the store, through a load, a save, and a quit and the next start.
 
 class SettingsTest : public QObject {
@@ -23,6 +25,7 @@ private slots:
     void loadAndSave_data();
     void loadAndSave();
     void magazineRows();
+    void unchangedStoreIsNotRewritten();
     void quit_data();
     void quit();
 };
@@ -108,6 +111,28 @@ void SettingsTest::magazineRows()
     seams.boxes.expect(platform::Answer::Ok);
     window->closeFromProgram();
     QVERIFY(seams.boxes.texts().value(0).contains(u"in SaveMagURLs:\r\nInvalid procedure call"));
+}
+
+// A load and a save with nothing changed leave the store's file as it was:
+// writing a key rewrites the whole file.
+void SettingsTest::unchangedStoreIsNotRewritten()
+{
+    fakes::TestSeams seams;
+    const auto fileId = [&seams] {
+        struct stat file {};
+        const QString path = seams.folder.filePath(store::Application + QStringLiteral(".ini"));
+        return ::stat(QFile::encodeName(path).constData(), &file) == 0 ? qint64(file.st_ino) : -1;
+    };
+    LookUpRegistry();
+    UpdateRegistry();
+    const qint64 before = fileId();
+    QVERIFY(before > 0);
+    LookUpRegistry();
+    UpdateRegistry();
+    QCOMPARE(fileId(), before);
+    settings().TimeOut.LongLet(31);
+    UpdateRegistry();
+    QVERIFY(fileId() != before);
 }
 
 // A quit saves the magazine up to its first empty row, and removes the temporary picture
