@@ -160,7 +160,9 @@ void ViewTest::newTitleRepaintsTheTitleAlone()
         plain.setFont(w->framLarge->font());
         plain.resize(w->framLarge->size());
         const QRect band(0, 0, plain.width(), w->pictBase->y());
-        const auto look = [band](QWidget *frame) { return frame->grab(band).toImage().convertToFormat(QImage::Format_RGB32); };
+        const auto look = [band](QWidget *frame) {
+            return frame->grab(band).toImage().convertToFormat(QImage::Format_RGB32);
+        };
         QCOMPARE(look(w->framLarge), look(&plain));
     }
 }
