@@ -3,6 +3,7 @@
 # window opens inside a nested X server, the clipboard crosses both ways, and
 # EXIT closes the nested server too. On a 1024x768 screen it runs Tolmara itself.
 set -euo pipefail
+trap 'echo "launcher check: line $LINENO failed: $BASH_COMMAND"' ERR
 launcher=$1 program=$2
 work=$(mktemp -d)
 pids=()
