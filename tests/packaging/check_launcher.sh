@@ -17,7 +17,7 @@ pids=()
 trap 'kill "${pids[@]}" 2>/dev/null; rm -rf "$work"' EXIT
 export HOME=$work TMPDIR=$work
 unset XDG_CONFIG_HOME XDG_CACHE_HOME XDG_DATA_HOME XAUTHORITY WAYLAND_DISPLAY
-fail() { echo "$*"; exit 1; }
+fail() { echo "$*" >&2; exit 1; } # stderr: some waits send their output to /dev/null
 until_true() { for _ in $(seq 600); do "$@" && return 0; sleep 0.1; done; fail "timed out: $*"; }
 screen() { # size: starts a screen of that size and sets DISPLAY
     Xvfb -displayfd 3 -screen 0 "$1x24" -nolisten tcp 3>"$work/display-$1" 2>/dev/null &
