@@ -308,7 +308,7 @@ Run mine(fakes::TestSeams &seams, const QString &first, int biteSize, int interv
     clock.start();
     QTest::mouseClick(w->cmdStart, Qt::LeftButton);
     while (runState().RunActive)
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     w->closeFromProgram();
     QCoreApplication::processEvents();
     return run;
@@ -460,7 +460,7 @@ void memoryFigures(fakes::TestSeams &seams, const Server &server, const QString 
         });
         inet.Execute(server.url() + QStringLiteral("/endless"), QStringLiteral("GET"));
         while (!ended)
-            QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
+            QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
         QObject::disconnect(c);
     }
     settle();

@@ -394,10 +394,13 @@ void frmMain::cmdQuit_Click()
     StopTransfer();
 }
 
+// Waits, asleep between events, for the transfer to end. (The overload with a
+// time limit would not sleep: it drops WaitForMoreEvents and spins.) The
+// transfer's end always comes as an event, and its watchdog ticks meanwhile.
 void frmMain::CancelInet()
 {
     while (Inet1->StillExecuting())
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     Inet1->Cancel();
 }
 
