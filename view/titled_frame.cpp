@@ -18,25 +18,28 @@ void TitledFrame::setTitle(const QString &title)
     update(before | titleBand());
 }
 
-// The frame as the group box draws it, with this title.
-void TitledFrame::paintEvent(QPaintEvent *)
+// The group box's own drawing options, with this title.
+QStyleOptionGroupBox TitledFrame::styleOption() const
 {
-    QStylePainter painter(this);
     QStyleOptionGroupBox option;
     initStyleOption(&option);
     option.text = m_title;
     if (m_title.isEmpty())
         option.subControls &= ~QStyle::SC_GroupBoxLabel;
-    painter.drawComplexControl(QStyle::CC_GroupBox, option);
+    return option;
+}
+
+void TitledFrame::paintEvent(QPaintEvent *)
+{
+    QStylePainter painter(this);
+    painter.drawComplexControl(QStyle::CC_GroupBox, styleOption());
 }
 
 // The full width of the frame down to the title's foot: the title and the
 // frame's top line, which the style breaks around the title.
 QRect TitledFrame::titleBand() const
 {
-    QStyleOptionGroupBox option;
-    initStyleOption(&option);
-    option.text = m_title;
+    const QStyleOptionGroupBox option = styleOption();
     const QRect label = style()->subControlRect(QStyle::CC_GroupBox, &option, QStyle::SC_GroupBoxLabel, this);
     return QRect(0, 0, width(), label.bottom() + 2);
 }

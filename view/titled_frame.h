@@ -5,6 +5,8 @@
 
 #include <QGroupBox>
 
+class QStyleOptionGroupBox;
+
 class TitledFrame : public QGroupBox {
 public:
     explicit TitledFrame(const QString &title, QWidget *parent = nullptr);
@@ -18,6 +20,7 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    QStyleOptionGroupBox styleOption() const;
     QRect titleBand() const;
 
     QString m_title;
